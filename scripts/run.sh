@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs the companion against the bridge simulator.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/install-deps.sh
+cmake --preset dev
+cmake --build --preset dev
+exec build/dev/src/orvan-companion "$@"
