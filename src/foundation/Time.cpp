@@ -59,10 +59,12 @@ std::optional<TimePoint> internetDateTime(std::string_view text, bool fractional
     nanoseconds fraction{0};
     if (fractional) {
         if (!c.take('.')) return std::nullopt;
+        // Kept to the millisecond, as the bridge's readers have always done; further digits are read
+        // and dropped.
         int64_t scale = 100'000'000;
         size_t start = c.i;
         while (c.i < text.size() && text[c.i] >= '0' && text[c.i] <= '9') {
-            fraction += nanoseconds((text[c.i] - '0') * scale);
+            if (scale >= 1'000'000) fraction += nanoseconds((text[c.i] - '0') * scale);
             scale /= 10;
             ++c.i;
         }

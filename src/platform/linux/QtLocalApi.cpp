@@ -3,6 +3,7 @@
 #include <QCoroNetworkReply>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QTimer>
 #include <QUrl>
 
 namespace orvan {
@@ -29,7 +30,6 @@ Task<HttpAnswer> QtLocalApi::send(HttpRequest request) {
     if (!url.isValid()) co_return HttpAnswer::transportFailure("The address is not valid.");
 
     QNetworkRequest q(url);
-    q.setTransferTimeout(static_cast<int>(std::max<Duration>(request.timeout, Duration(1)).count()));
     q.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     q.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
     for (const auto& [name, value] : request.headers)
@@ -44,7 +44,25 @@ Task<HttpAnswer> QtLocalApi::send(HttpRequest request) {
     }
     std::unique_ptr<QNetworkReply, void (*)(QNetworkReply*)> owned(reply, [](QNetworkReply* r) { r->deleteLater(); });
 
+    // The time-out counts from the last sign of life: Qt's own transfer time-out is not restarted by
+    // every piece of a body that trickles in, so the reply's progress restarts this timer instead.
+    QTimer idle;
+    idle.setSingleShot(true);
+    idle.setInterval(static_cast<int>(std::max<Duration>(request.timeout, Duration(1)).count()));
+    bool timedOut = false;
+    auto alive = [&idle] { idle.start(); };
+    QObject::connect(reply, &QNetworkReply::downloadProgress, &idle, alive);
+    QObject::connect(reply, &QNetworkReply::uploadProgress, &idle, alive);
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, &idle, alive);
+    QObject::connect(&idle, &QTimer::timeout, reply, [reply, &timedOut] {
+        timedOut = true;
+        reply->abort();
+    });
+    idle.start();
+
     co_await reply;
+    idle.stop();
+    if (timedOut) co_return HttpAnswer::transportFailure("The request timed out.");
 
     QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     if (transportError(reply->error()) || !status.isValid()) {
