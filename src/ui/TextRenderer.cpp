@@ -1,0 +1,287 @@
+#include "ui/TextRenderer.h"
+
+#include "foundation/Text.h"
+
+#include <cmath>
+#include <string_view>
+#include <vector>
+
+namespace orvan::ui {
+
+namespace {
+
+// One line of output: no control characters, valid UTF-8. Titles and texts come from the
+// bridge and from the user, so a newline or an escape sequence in them must not break the
+// layout of the text (or a terminal that shows it).
+std::string clean(std::string_view words) {
+    std::string valid = Text::toValidUtf8(words);
+    for (char& c : valid) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7f) c = ' ';
+    }
+    return valid;
+}
+
+std::vector<std::string> linesOf(std::string_view words) {
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    while (true) {
+        const auto end = words.find('\n', start);
+        std::string_view piece = words.substr(start, end == std::string_view::npos ? std::string_view::npos : end - start);
+        if (!piece.empty() && piece.back() == '\r') piece.remove_suffix(1);
+        lines.push_back(clean(piece));
+        if (end == std::string_view::npos) break;
+        start = end + 1;
+    }
+    return lines;
+}
+
+bool isPresented(const Node& node) { return node.kind == Kind::Confirmation || node.kind == Kind::Sheet; }
+
+class Writer {
+public:
+    explicit Writer(TextOptions options) : options_(options) {}
+
+    std::string finish(const Node& root) {
+        block(root, 0);
+        // Presentations may hold presentations (a confirmation inside a sheet); they are drawn
+        // in the order found, each once.
+        for (std::size_t i = 0; i < presented_.size(); ++i) presentation(*presented_[i]);
+        std::string out;
+        for (const auto& line : lines_) {
+            out += line;
+            out += '\n';
+        }
+        return out;
+    }
+
+private:
+    static bool isInline(const Node& node) {
+        switch (node.kind) {
+        case Kind::Button:
+        case Kind::Switch:
+        case Kind::Picker:
+        case Kind::Field:
+        case Kind::SecureField:
+        case Kind::Picture:
+        case Kind::Progress:
+        case Kind::Spinner:
+        case Kind::Symbol:
+        case Kind::Link:
+        case Kind::Menu:
+            return true;
+        case Kind::Text:
+            return node.text.find('\n') == std::string::npos;
+        default:
+            return false;
+        }
+    }
+
+    std::string annotate(const Node& node) const {
+        if (!options_.detailed) return {};
+        std::vector<std::string> notes;
+        if (node.kind == Kind::Text) {
+            if (node.textStyle != TextStyle::Body) notes.emplace_back(styleName(node.textStyle));
+            if (node.textTone != Tone::Normal) notes.emplace_back(toneName(node.textTone));
+            if (node.isSelectable) notes.emplace_back("selectable");
+        }
+        if (node.kind == Kind::Button) {
+            if (node.buttonRole != Role::Normal) notes.emplace_back(roleName(node.buttonRole));
+            if (!node.shortcutKeys.empty()) notes.push_back(clean(node.shortcutKeys));
+        }
+        if (node.kind == Kind::Picker) {
+            notes.emplace_back(node.pickerStyle == PickerStyle::Segmented ? "segmented"
+                               : node.pickerStyle == PickerStyle::Menu    ? "menu"
+                                                                          : "radio");
+        }
+        if (node.kind == Kind::Picture && node.isPixelated) notes.emplace_back("pixelated");
+        if (notes.empty()) return {};
+        std::string out = " {";
+        for (std::size_t i = 0; i < notes.size(); ++i) out += (i ? ", " : "") + notes[i];
+        return out + "}";
+    }
+
+    static std::string disabled(const Node& node) { return node.isEnabled ? "" : " (disabled)"; }
+
+    std::string field(const Node& node) const {
+        std::string out;
+        if (!node.title.empty()) out += clean(node.title) + ": ";
+        if (node.text.empty())
+            out += node.placeholderText.empty() ? "[]" : "[(" + clean(node.placeholderText) + ")]";
+        else if (node.kind == Kind::SecureField)
+            out += "[(hidden)]";
+        else
+            out += "[" + clean(node.text) + "]";
+        return out;
+    }
+
+    static std::string percent(double fraction) {
+        return std::to_string(static_cast<int>(std::floor(fraction * 100.0 + 0.5))) + "%";
+    }
+
+    std::string inlineForm(const Node& node) const {
+        std::string out;
+        switch (node.kind) {
+        case Kind::Text: out = clean(node.text); break;
+        case Kind::Button: out = "[" + clean(node.title) + "]"; break;
+        case Kind::Switch: out = std::string(node.isOn ? "[x] " : "[ ] ") + clean(node.title); break;
+        case Kind::Picker: {
+            const std::string& label = node.pickerLabel.empty() ? node.title : node.pickerLabel;
+            if (!label.empty()) out = clean(label) + ":";
+            for (const auto& choice : node.choices) {
+                if (!out.empty()) out += out.back() == ':' ? " " : "  ";
+                out += (choice.value == node.selectedValue ? "(\u2022) " : "( ) ") + clean(choice.title);
+            }
+            break;
+        }
+        case Kind::Field:
+        case Kind::SecureField: out = field(node); break;
+        case Kind::Picture: {
+            out = "<picture";
+            if (!node.title.empty()) out += ": " + clean(node.title) + ",";
+            out += " " + std::to_string(node.width) + "x" + std::to_string(node.height) + ">";
+            break;
+        }
+        case Kind::Progress: {
+            const std::string measure = node.fraction ? percent(*node.fraction) : "(in progress)";
+            out = node.title.empty() ? measure : clean(node.title) + ": " + measure;
+            break;
+        }
+        case Kind::Spinner: out = node.title.empty() ? "(working)" : "(working) " + clean(node.title); break;
+        case Kind::Symbol:
+            out = "<" + clean(node.symbolName) + ", " + toneName(node.textTone) + ">";
+            break;
+        case Kind::Link: out = clean(node.title) + " (link)"; break;
+        case Kind::Menu: out = "[" + clean(node.title) + " \u25be]"; break;
+        default: break;
+        }
+        return out + annotate(node) + disabled(node);
+    }
+
+    void line(int indent, std::string words) { lines_.push_back(std::string(static_cast<std::size_t>(indent) * 2, ' ') + words); }
+
+    void helpLine(const Node& node, int indent, const std::string& prefix = {}) {
+        if (!options_.help || node.helpText.empty()) return;
+        for (const auto& piece : linesOf(node.helpText)) line(indent, "? " + prefix + piece);
+    }
+
+    // A run of inline nodes on one line; their help and menu items follow underneath.
+    void inlineRun(const std::vector<const Node*>& run, int indent, std::string lead) {
+        std::string joined = std::move(lead);
+        for (const Node* node : run) {
+            if (!joined.empty()) joined += "  ";
+            joined += inlineForm(*node);
+        }
+        line(indent, joined);
+        const bool alone = run.size() == 1;
+        for (const Node* node : run) {
+            helpLine(*node, indent + 1, alone ? std::string{} : inlineForm(*node) + ": ");
+            if (node->kind == Kind::Menu) children(*node, indent + 1);
+        }
+    }
+
+    // Children in order: consecutive inline nodes share a line when `together`.
+    void children(const Node& parent, int indent, bool together = false) {
+        std::vector<const Node*> run;
+        auto flush = [&] {
+            if (!run.empty()) inlineRun(run, indent, {});
+            run.clear();
+        };
+        for (const auto& child : parent.children) {
+            if (child.isAbsent) continue;
+            if (isPresented(child)) {
+                presented_.push_back(&child);
+                continue;
+            }
+            if (together && isInline(child)) {
+                run.push_back(&child);
+                continue;
+            }
+            flush();
+            block(child, indent);
+        }
+        flush();
+    }
+
+    void block(const Node& node, int indent) {
+        if (node.isAbsent) return;
+        if (isPresented(node)) {
+            presented_.push_back(&node);
+            return;
+        }
+        switch (node.kind) {
+        case Kind::Section:
+            line(indent, "== " + clean(node.title) + " ==");
+            helpLine(node, indent + 1);
+            if (!node.detail.empty())
+                for (const auto& piece : linesOf(node.detail)) line(indent + 1, piece);
+            children(node, indent + 1);
+            if (!node.footerText.empty())
+                for (const auto& piece : linesOf(node.footerText)) line(indent + 1, piece);
+            break;
+        case Kind::Row: {
+            std::vector<const Node*> trailing;
+            std::vector<const Node*> below;
+            for (const auto& child : node.children) {
+                if (child.isAbsent) continue;
+                if (isPresented(child)) presented_.push_back(&child);
+                else if (isInline(child)) trailing.push_back(&child);
+                else below.push_back(&child);
+            }
+            std::string lead = clean(node.title) + disabled(node);
+            if (trailing.empty()) {
+                line(indent, lead);
+            } else {
+                inlineRun(trailing, indent, lead);
+            }
+            helpLine(node, indent + 1);
+            if (!node.detail.empty())
+                for (const auto& piece : linesOf(node.detail)) line(indent + 1, piece);
+            for (const Node* child : below) block(*child, indent + 1);
+            break;
+        }
+        case Kind::Stack: children(node, indent, node.axis == Axis::Horizontal); break;
+        case Kind::Text:
+            for (const auto& piece : linesOf(node.text)) line(indent, piece + annotate(node));
+            helpLine(node, indent + 1);
+            break;
+        case Kind::Separator: line(indent, "----"); break;
+        case Kind::Menu:
+            if (node.title.empty()) {
+                children(node, indent);
+            } else {
+                line(indent, inlineForm(node));
+                helpLine(node, indent + 1);
+                children(node, indent + 1);
+            }
+            break;
+        default:
+            line(indent, inlineForm(node));
+            helpLine(node, indent + 1);
+            break;
+        }
+    }
+
+    void presentation(const Node& node) {
+        if (node.kind == Kind::Confirmation) {
+            line(0, ">>> Confirmation: " + clean(node.title));
+            if (!node.detail.empty())
+                for (const auto& piece : linesOf(node.detail)) line(1, piece);
+            children(node, 1, true);
+        } else {
+            line(0, ">>> Sheet: " + clean(node.title));
+            children(node, 1);
+        }
+        line(0, "<<<");
+    }
+
+    TextOptions options_;
+    std::vector<std::string> lines_;
+    std::vector<const Node*> presented_;
+};
+
+} // namespace
+
+std::string TextRenderer::render(const Node& root) const { return Writer(options_).finish(root); }
+
+} // namespace orvan::ui

@@ -1,0 +1,39 @@
+#pragma once
+// A tree drawn as plain text: what the headless mode prints and what view tests read.
+// The form is stable (the same tree gives the same bytes) and one thing per line:
+//
+//     == Section title ==
+//       Subtitle
+//       Row title  [Button]  [x] Switch  [Other] (disabled)
+//         secondary line
+//       Label: (•) Left  ( ) Right
+//       Name: [typed text]
+//
+// Confirmations and sheets follow the main tree, each under its own marked heading, in the
+// order they stand in the tree. A secure field's text is never printed.
+
+#include "ui/Node.h"
+
+#include <string>
+
+namespace orvan::ui {
+
+struct TextOptions {
+    bool help = false;     // a "? ..." line under every node that has help text
+    bool detailed = false; // styles, tones, roles and shortcuts in braces
+};
+
+class TextRenderer {
+public:
+    explicit TextRenderer(TextOptions options = {}) : options_(options) {}
+
+    // The whole tree, each line ending in a newline.
+    std::string render(const Node& root) const;
+
+    static std::string plain(const Node& root) { return TextRenderer().render(root); }
+
+private:
+    TextOptions options_;
+};
+
+} // namespace orvan::ui
