@@ -54,6 +54,7 @@ Task<HttpAnswer> QtLocalApi::send(HttpRequest request) {
     QObject::connect(reply, &QNetworkReply::downloadProgress, &idle, alive);
     QObject::connect(reply, &QNetworkReply::uploadProgress, &idle, alive);
     QObject::connect(reply, &QNetworkReply::metaDataChanged, &idle, alive);
+    QObject::connect(reply, &QIODevice::readyRead, &idle, alive);
     QObject::connect(&idle, &QTimer::timeout, reply, [reply, &timedOut] {
         timedOut = true;
         reply->abort();

@@ -1,0 +1,127 @@
+#pragma once
+// The one long-lived model: it keeps a bridge answering on the loopback port (launching its own
+// when none answers, relaunching its own when it dies), folds the bridge's status into published
+// fields every two seconds, and owns the operations on this computer as a whole.
+
+#include "bridge/CompanionPhone.h"
+#include "bridge/CompanionScreen.h"
+#include "bridge/CompanionStatus.h"
+#include "bridge/RestartBackoff.h"
+#include "foundation/Async.h"
+#include "foundation/Carryover.h"
+#include "foundation/Observable.h"
+#include "platform/LocalApi.h"
+#include "platform/Processes.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orvan {
+
+// Where the bridge listens, and what the supervisor needs to know to launch one.
+struct BridgeSetup {
+    std::string host = "127.0.0.1";
+    int port = 8787;
+    // The companion's own environment: the child inherits it, and the key folder comes from it.
+    Environment environment;
+    // Where the bundled bridge executable may stand, in order of preference.
+    std::vector<std::filesystem::path> bundled;
+};
+
+class Bridge final : public Observable {
+public:
+    Bridge(LocalApi& api, Clock& clock, Processes& processes, BridgeSetup setup);
+    ~Bridge() override;
+
+    // Published fields, in their declared order.
+    std::string name = "This Mac";
+    std::string nameNote;
+    std::string phoneNote;
+    bool phoneBusy = false;
+    std::string line = "Starting remote control.";
+    bool on = false;
+    bool ready = false;
+    std::vector<CompanionPhone> phones;
+    bool loginOn = false;
+    std::string loginNote;
+    bool lidOn = false;
+    std::string lidNote = "Closing the lid puts this Mac to sleep.";
+    std::string updateNote;
+    std::string updateReady;
+    bool updatePrompt = false;
+    bool updateBusy = false;
+    std::string sidebar;
+    std::optional<std::string> tulm;
+    std::string sidebarNote;
+    bool sidebarBusy = false;
+    CompanionScreen screen;
+    std::string accessNote;
+    std::string relaunchNote;
+    std::set<std::string> promotedHere;
+    std::string joinNote;
+    bool joinBusy = false;
+
+    // Supervision.
+    std::shared_ptr<Child> child;
+    bool startedByUs = false;
+    RestartBackoff backoff;
+    bool stopped = false;
+    bool lidLoaded = false;
+    bool lidHeld = false;
+    TimePoint diagnosticsSaid = distantPast();
+
+    bool watched() const { return screen.watching && !screen.watching->empty(); }
+    bool polling() const { return pollRunning_; }
+    bool updatePolling() const { return updatePollRunning_; }
+
+    // Starts supervising; a second call does nothing.
+    void start();
+    Task<void> ensure();
+    Task<void> refresh();
+    Task<void> recover();
+    Task<bool> healthy();
+    Task<void> toggle();
+    // Stops supervising for good, and stops the child only if this process launched it.
+    void stopIfOwned();
+
+    Task<bool> rename(std::string name);
+    Task<void> setSidebar(std::string position);
+
+    std::optional<std::filesystem::path> bridgeBinary() const;
+    static std::string commandPath(const std::optional<std::string>& path);
+
+    const BridgeSetup& setup() const { return setup_; }
+
+private:
+    Task<HttpAnswer> send(std::string path, std::optional<Json> body, Duration timeout);
+    Task<std::vector<CompanionPhone>> withGuests(std::vector<CompanionPhone> phones);
+    Task<void> pollLoop(Cancel alive);
+    Task<void> updatePollLoop(Cancel alive);
+
+    // What each good status fans out into, in order. The phones' owner notices, the join queue, the
+    // privacy judgement and sharing bar, and the diagnostics hand-over are filled in by their own
+    // subsystems; until then these only carry what the status itself says.
+    void noteOwners();
+    Task<void> refreshJoins();
+    void showScreen(const CompanionScreen& screen);
+    void passDiagnostics(std::optional<bool> diagnostics, std::optional<bool> answered);
+    // The lid hold and the release check are their own subsystems' work.
+    void refreshLid();
+    Task<void> checkForUpdate(bool manual);
+
+    LocalApi& api_;
+    Clock& clock_;
+    Processes& processes_;
+    BridgeSetup setup_;
+    Cancel alive_;
+    bool pollRunning_ = false;
+    bool updatePollRunning_ = false;
+    std::optional<Task<void>> poll_;
+    std::optional<Task<void>> updatePoll_;
+};
+
+} // namespace orvan

@@ -1,0 +1,44 @@
+#include "phones/PhoneWords.h"
+
+#include <map>
+
+namespace orvan {
+
+bool PhoneWords::needsDevices(const std::vector<CompanionPhone>& phones) {
+    for (const auto& p : phones)
+        if (p.role == "guest" && (!p.guest || !p.guest->ends)) return true;
+    return false;
+}
+
+namespace {
+struct DeviceList {
+    std::optional<Lossy<CompanionPhone>> devices;
+    static std::optional<DeviceList> decode(const Json& j) {
+        DeviceList d;
+        Fields f(j);
+        f.optional("devices", d.devices);
+        return f.result(std::move(d));
+    }
+};
+} // namespace
+
+std::optional<std::vector<CompanionPhone>> PhoneWords::devices(std::string_view body) {
+    auto list = decodeJson<DeviceList>(body);
+    if (!list) return std::nullopt;
+    if (!list->devices) return std::vector<CompanionPhone>{};
+    return std::move(list->devices->items);
+}
+
+std::vector<CompanionPhone> PhoneWords::merge(const std::vector<CompanionPhone>& phones,
+                                              const std::vector<CompanionPhone>& devices) {
+    std::map<std::string, const CompanionPhone*> byId;
+    for (const auto& d : devices) byId.emplace(d.id, &d); // the first of two with one id stays
+    std::vector<CompanionPhone> out = phones;
+    for (auto& p : out) {
+        if (p.guest) continue;
+        if (auto it = byId.find(p.id); it != byId.end() && it->second->guest) p.guest = it->second->guest;
+    }
+    return out;
+}
+
+} // namespace orvan

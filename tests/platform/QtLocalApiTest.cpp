@@ -1,0 +1,241 @@
+// The transport against a real HTTP server on an ephemeral loopback port.
+#include "bridge/LocalRequest.h"
+#include "foundation/Files.h"
+#include "platform/linux/QtLocalApi.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <condition_variable>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <mutex>
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+
+namespace orvan {
+namespace {
+
+using namespace std::chrono_literals;
+
+QCoreApplication& app() {
+    static int argc = 1;
+    static char name[] = "platform_tests";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication* instance = new QCoreApplication(argc, argv);
+    return *instance;
+}
+
+struct Seen {
+    std::string method, path, body, contentType, key;
+    bool hadKey = false, hadContentType = false;
+};
+
+class LocalApiTest : public testing::Test {
+protected:
+    void SetUp() override {
+        app();
+        server_.Get("/echo", [this](const httplib::Request& req, httplib::Response& res) { record(req, res); });
+        server_.Post("/echo", [this](const httplib::Request& req, httplib::Response& res) { record(req, res); });
+        server_.Post("/empty", [](const httplib::Request&, httplib::Response& res) { res.status = 204; });
+        server_.Get("/html", [](const httplib::Request&, httplib::Response& res) {
+            res.status = 502;
+            res.set_content("<html>Bad gateway</html>", "text/html");
+        });
+        server_.Get("/refused", [](const httplib::Request&, httplib::Response& res) {
+            res.status = 409;
+            res.set_content(R"({"message":"That phone changed."})", "application/json");
+        });
+        server_.Get("/silent", [this](const httplib::Request&, httplib::Response& res) {
+            std::unique_lock lock(mutex_);
+            released_.wait_for(lock, 5s, [this] { return release_; });
+            res.set_content("{}", "application/json");
+        });
+        server_.Get("/trickle", [](const httplib::Request&, httplib::Response& res) {
+            // A type the server won't compress: a compressor would hold the pieces back.
+            res.set_chunked_content_provider("application/octet-stream", [](size_t offset, httplib::DataSink& sink) {
+                if (offset >= 6) {
+                    sink.done();
+                    return true;
+                }
+                std::this_thread::sleep_for(400ms); // each piece well inside the time-out, the whole well past it
+                sink.write(&"[1,2,]"[offset], 1);
+                return true;
+            });
+        });
+        port_ = server_.bind_to_any_port("127.0.0.1");
+        thread_ = std::thread([this] { server_.listen_after_bind(); });
+        while (!server_.is_running()) std::this_thread::yield();
+        api_ = std::make_unique<QtLocalApi>(QString("http://127.0.0.1:%1").arg(port_));
+    }
+    void TearDown() override {
+        api_.reset(); // closes the kept-alive connection, so the server needn't wait it out
+        {
+            std::lock_guard lock(mutex_);
+            release_ = true;
+        }
+        released_.notify_all();
+        server_.stop();
+        thread_.join();
+    }
+    void record(const httplib::Request& req, httplib::Response& res) {
+        std::lock_guard lock(mutex_);
+        seen_.method = req.method;
+        seen_.path = req.target;
+        seen_.body = req.body;
+        seen_.hadKey = req.has_header("X-Tulm-Local");
+        seen_.key = req.get_header_value("X-Tulm-Local");
+        seen_.hadContentType = req.has_header("Content-Type");
+        seen_.contentType = req.get_header_value("Content-Type");
+        res.set_content(R"({"ok":true})", "application/json");
+    }
+    HttpAnswer send(HttpRequest request) { return QCoro::waitFor(api_->send(std::move(request))); }
+
+    httplib::Server server_;
+    std::thread thread_;
+    int port_ = 0;
+    std::unique_ptr<QtLocalApi> api_;
+    std::mutex mutex_;
+    std::condition_variable released_;
+    bool release_ = false;
+    Seen seen_;
+};
+
+TEST_F(LocalApiTest, KeyComesTrimmedFromTheFirstFolderThatIsSet) {
+    char pattern[] = "/tmp/orvan-key-XXXXXX";
+    std::filesystem::path root = ::mkdtemp(pattern);
+    ASSERT_TRUE(Files::write(root / "new" / "local.key", "new-key\n"));
+    ASSERT_TRUE(Files::write(root / "old" / "local.key", "  old-key \r\n"));
+    ASSERT_TRUE(Files::write(root / "home" / ".local/share/Orvan" / "local.key", "home-key"));
+
+    struct Case {
+        Environment env;
+        std::string key;
+    };
+    const std::string home = (root / "home").string();
+    for (const auto& c : std::vector<Case>{
+             {{{"HOME", home}, {"ORVAN_DIR", (root / "new").string()}, {"TULM_MOBILE_DIR", (root / "old").string()}}, "new-key"},
+             {{{"HOME", home}, {"ORVAN_DIR", ""}, {"TULM_MOBILE_DIR", (root / "old").string()}}, "old-key"},
+             {{{"HOME", home}, {"ORVAN_DIR", ""}, {"TULM_MOBILE_DIR", ""}}, "home-key"},
+             {{{"HOME", (root / "nowhere").string()}}, ""},
+         }) {
+        HttpAnswer a = send(LocalRequest::make("/echo", std::nullopt, 8s, c.env));
+        ASSERT_EQ(a.status, 200);
+        EXPECT_EQ(seen_.hadKey, !c.key.empty()); // the server drops a header with an empty value
+        EXPECT_EQ(seen_.key, c.key);
+    }
+    std::filesystem::remove_all(root);
+}
+
+TEST_F(LocalApiTest, BodyMakesAPostWithJsonAndNoBodyAGetWithoutContentType) {
+    Environment env{{"HOME", "/nonexistent"}};
+    HttpAnswer get = send(LocalRequest::make("/echo?fresh=1", std::nullopt, 8s, env));
+    EXPECT_EQ(get.status, 200);
+    EXPECT_EQ(seen_.method, "GET");
+    EXPECT_EQ(seen_.path, "/echo?fresh=1");
+    EXPECT_FALSE(seen_.hadContentType);
+
+    send(LocalRequest::make("/echo", Json::object(), 8s, env));
+    EXPECT_EQ(seen_.method, "POST");
+    EXPECT_EQ(seen_.contentType, "application/json");
+    EXPECT_EQ(seen_.body, "{}");
+
+    send(LocalRequest::make("/echo", Json{{"name", "Studio \xF0\x9F\x8E\xB9"}}, 8s, env));
+    EXPECT_EQ(Json::parse(seen_.body), (Json{{"name", "Studio \xF0\x9F\x8E\xB9"}}));
+
+    // Text that can't be written as JSON leaves the request a POST without a body.
+    send(LocalRequest::make("/echo", Json{{"name", std::string("\xFF")}}, 8s, env));
+    EXPECT_EQ(seen_.method, "POST");
+    EXPECT_EQ(seen_.body, "");
+}
+
+TEST_F(LocalApiTest, AnswersKeepTheirStatusAndBody) {
+    Environment env{{"HOME", "/nonexistent"}};
+    HttpAnswer empty = send(LocalRequest::make("/empty", Json::object(), 8s, env));
+    EXPECT_TRUE(empty.isHttp());
+    EXPECT_EQ(empty.status, 204);
+    EXPECT_EQ(empty.body, "");
+    EXPECT_TRUE(LocalRequest::ok(empty));
+
+    HttpAnswer html = send(LocalRequest::make("/html", std::nullopt, 8s, env));
+    EXPECT_EQ(html.status, 502);
+    EXPECT_FALSE(LocalRequest::ok(html));
+    EXPECT_FALSE(LocalRequest::message(html.body));
+
+    HttpAnswer refused = send(LocalRequest::make("/refused", std::nullopt, 8s, env));
+    EXPECT_EQ(refused.status, 409);
+    EXPECT_EQ(LocalRequest::message(refused.body), "That phone changed.");
+
+    HttpAnswer missing = send(LocalRequest::make("/nothing-here", std::nullopt, 8s, env));
+    EXPECT_EQ(missing.status, 404);
+}
+
+TEST_F(LocalApiTest, SilenceLongerThanTheTimeOutIsATransportFailure) {
+    QElapsedTimer timer;
+    timer.start();
+    HttpAnswer a = send(LocalRequest::make("/silent", std::nullopt, 1s, Environment{}));
+    EXPECT_FALSE(a.isHttp());
+    ASSERT_TRUE(a.failure);
+    EXPECT_FALSE(LocalRequest::ok(a));
+    // Fired by the time-out, not by the server giving up after five seconds.
+    EXPECT_LT(timer.elapsed(), 4500);
+}
+
+TEST_F(LocalApiTest, AnAnswerThatKeepsTricklingInIsNotCutOff) {
+    HttpAnswer a = send(LocalRequest::make("/trickle", std::nullopt, 1s, Environment{}));
+    ASSERT_TRUE(a.isHttp()) << a.failure.value_or("");
+    EXPECT_EQ(a.status, 200);
+    EXPECT_EQ(a.body, "[1,2,]");
+}
+
+TEST_F(LocalApiTest, NobodyListeningIsATransportFailure) {
+    QtLocalApi nowhere("http://127.0.0.1:1");
+    HttpAnswer a = QCoro::waitFor(nowhere.send(LocalRequest::health()));
+    EXPECT_TRUE(a.failure);
+    EXPECT_EQ(a.status, 0);
+}
+
+// The test server above drops empty header values, so the empty key is looked for in the raw request.
+TEST(LocalApiRaw, AnEmptyKeyStillSendsTheHeader) {
+    app();
+    int listener = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(::listen(listener, 1), 0);
+    socklen_t length = sizeof address;
+    ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+    std::string raw;
+    std::thread server([&] {
+        int connection = ::accept(listener, nullptr, nullptr);
+        char buffer[4096];
+        while (raw.find("\r\n\r\n") == std::string::npos) {
+            ssize_t n = ::read(connection, buffer, sizeof buffer);
+            if (n <= 0) break;
+            raw.append(buffer, static_cast<size_t>(n));
+        }
+        const char reply[] = "HTTP/1.1 204 No Content\r\nContent-Length: 0\r\n\r\n";
+        (void)!::write(connection, reply, sizeof reply - 1);
+        ::close(connection);
+    });
+    QtLocalApi api(QString("http://127.0.0.1:%1").arg(ntohs(address.sin_port)));
+    HttpAnswer a = QCoro::waitFor(api.send(LocalRequest::make("/x", std::nullopt, 2s, Environment{})));
+    server.join();
+    ::close(listener);
+    EXPECT_EQ(a.status, 204);
+    EXPECT_NE(raw.find("\r\nX-Tulm-Local:"), std::string::npos) << raw;
+}
+
+TEST_F(LocalApiTest, HealthGoesWithoutTheKey) {
+    HttpRequest health = LocalRequest::health();
+    health.path = "/echo";
+    send(health);
+    EXPECT_FALSE(seen_.hadKey);
+    EXPECT_EQ(LocalRequest::health().timeout, 1500ms);
+}
+
+} // namespace
+} // namespace orvan
