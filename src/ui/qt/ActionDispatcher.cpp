@@ -1,0 +1,30 @@
+#include "ui/qt/ActionDispatcher.h"
+
+namespace orvan::ui::qt {
+
+void ActionDispatcher::run(std::function<void()> call) {
+    if (!call) return;
+    if (depth_ > 0) {
+        held_.push_back(std::move(call));
+        return;
+    }
+    // The closure may replace the tree that owned it, or end the window that owns this; both
+    // copies keep what is needed alive while it runs.
+    const auto self = shared_from_this();
+    const auto running = std::move(call);
+    running();
+    if (afterAction_) {
+        const auto hook = afterAction_;
+        hook();
+    }
+}
+
+void ActionDispatcher::endRender() {
+    if (depth_ > 0) --depth_;
+    if (depth_ > 0) return;
+    auto held = std::move(held_);
+    held_.clear();
+    for (auto& call : held) run(std::move(call));
+}
+
+} // namespace orvan::ui::qt

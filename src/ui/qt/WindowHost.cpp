@@ -1,0 +1,152 @@
+#include "ui/qt/WindowHost.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QMetaObject>
+#include <QScreen>
+#include <QScrollArea>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWidget>
+
+namespace orvan::ui::qt {
+
+// The top-level window: tells the host when its size settles and when it closes.
+class WindowHost::Frame : public QWidget {
+public:
+    explicit Frame(WindowHost& host) : host_(host) {
+        settle_.setSingleShot(true);
+        settle_.setInterval(400);
+        QObject::connect(&settle_, &QTimer::timeout, this, [this] { host_.saveSize(); });
+    }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QWidget::resizeEvent(event);
+        // A drag sends many sizes; the one it ends on is kept.
+        if (isVisible()) settle_.start();
+    }
+    void closeEvent(QCloseEvent* event) override {
+        settle_.stop();
+        host_.saveSize();
+        QWidget::closeEvent(event);
+    }
+
+private:
+    WindowHost& host_;
+    QTimer settle_;
+};
+
+WindowHost::WindowHost(WindowSpec spec, View view)
+    : spec_(std::move(spec)), view_(std::move(view)), dispatcher_(std::make_shared<ActionDispatcher>()) {
+    frame_ = std::make_unique<Frame>(*this);
+    frame_->setWindowTitle(QString::fromStdString(spec_.title));
+    frame_->setObjectName(QString::fromStdString(spec_.id));
+    if (spec_.minimumSize.isValid()) frame_->setMinimumSize(spec_.minimumSize);
+
+    auto* outer = new QVBoxLayout(frame_.get());
+    outer->setContentsMargins(0, 0, 0, 0);
+    auto* scroll = new QScrollArea(frame_.get());
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    outer->addWidget(scroll);
+    auto* content = new QWidget(scroll);
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(20, 20, 20, 20);
+    auto* body = new QWidget(content);
+    column->addWidget(body);
+    column->addStretch(1);
+    scroll->setWidget(content);
+
+    renderer_ = std::make_unique<ViewRenderer>(body, dispatcher_);
+    dispatcher_->setAfterAction([this] { requestRender(); });
+    restoreSize();
+}
+
+WindowHost::~WindowHost() {
+    dispatcher_->setAfterAction({});
+    renderer_.reset();
+    frame_.reset();
+}
+
+QWidget* WindowHost::window() const { return frame_.get(); }
+
+void WindowHost::requestRender() {
+    if (pending_) return;
+    pending_ = true;
+    // Queued on the window: if the window goes first, the render goes with it.
+    QMetaObject::invokeMethod(
+        frame_.get(),
+        [this] {
+            pending_ = false;
+            renderNow();
+        },
+        Qt::QueuedConnection);
+}
+
+void WindowHost::renderNow() {
+    if (rendering_) {
+        // A view that asks for a render while being built gets it on the next turn.
+        requestRender();
+        return;
+    }
+    rendering_ = true;
+    Node tree;
+    bool built = false;
+    try {
+        tree = view_ ? view_() : nothing();
+        built = true;
+    } catch (...) {
+        // A view is a pure function and should not throw; if one does, the last frame stays.
+    }
+    if (built) {
+        renderer_->render(tree);
+        ++renders_;
+    }
+    rendering_ = false;
+}
+
+void WindowHost::show() {
+    if (renders_ == 0) renderNow();
+    frame_->show();
+    frame_->raise();
+    frame_->activateWindow();
+}
+
+void WindowHost::setTonePalette(const TonePalette& tones) {
+    renderer_->setTonePalette(tones);
+    requestRender();
+}
+
+void WindowHost::restoreSize() {
+    QSize size = spec_.defaultSize.isValid() ? spec_.defaultSize : frame_->sizeHint();
+    if (spec_.defaults) {
+        if (auto stored = spec_.defaults->value(sizeKey()); stored && stored->is_object()) {
+            const auto width = stored->find("width");
+            const auto height = stored->find("height");
+            if (width != stored->end() && height != stored->end() && width->is_number() && height->is_number()) {
+                const double w = width->get<double>();
+                const double h = height->get<double>();
+                // A size from a larger screen, or a damaged file, must not open an unusable window.
+                if (w >= 1 && h >= 1 && w < 100000 && h < 100000) size = QSize(static_cast<int>(w), static_cast<int>(h));
+            }
+        }
+    }
+    size = size.expandedTo(frame_->minimumSize());
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        const QSize room = screen->availableGeometry().size();
+        if (room.isValid() && !room.isEmpty()) size = size.boundedTo(room.expandedTo(frame_->minimumSize()));
+    }
+    frame_->resize(size);
+}
+
+void WindowHost::saveSize() {
+    if (!spec_.defaults || spec_.id.empty()) return;
+    const QSize size = frame_->size();
+    Json value = {{"width", size.width()}, {"height", size.height()}};
+    if (spec_.defaults->value(sizeKey()) == value) return;
+    spec_.defaults->set(sizeKey(), std::move(value));
+}
+
+} // namespace orvan::ui::qt

@@ -1,0 +1,79 @@
+#pragma once
+// A window that shows one view. The host owns the window; the view is a function that builds
+// the tree from the models each time it is called. Whoever owns the models calls
+// `requestRender()` when they change: any number of requests in one turn of the event loop give
+// one render at the end of the turn. The window scrolls, and remembers its size under its id.
+//
+//     WindowHost desk({.id = "desk", .title = "...", .minimumSize = {640, 780},
+//                      .defaultSize = {760, 920}, .defaults = UserDefaults::domain(bundleId)},
+//                     [&] { return DeskView::build(bridge, state, clock.now()); });
+//     bridge.onChange([&] { desk.requestRender(); });
+//     desk.show();
+
+#include "foundation/UserDefaults.h"
+#include "ui/Node.h"
+#include "ui/qt/ActionDispatcher.h"
+#include "ui/qt/TonePalette.h"
+#include "ui/qt/ViewRenderer.h"
+
+#include <QSize>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+class QWidget;
+class QTimer;
+
+namespace orvan::ui::qt {
+
+struct WindowSpec {
+    std::string id;
+    std::string title;
+    QSize minimumSize;
+    QSize defaultSize;
+    // Where the size is remembered; without one the window opens at its default size.
+    std::shared_ptr<UserDefaults> defaults;
+};
+
+class WindowHost {
+public:
+    using View = std::function<Node()>;
+
+    WindowHost(WindowSpec spec, View view);
+    ~WindowHost();
+    WindowHost(const WindowHost&) = delete;
+    WindowHost& operator=(const WindowHost&) = delete;
+
+    // One render at the end of this turn of the event loop, however often it is asked for.
+    void requestRender();
+    // Renders at once; for the first frame and for tests.
+    void renderNow();
+
+    // Renders if nothing was drawn yet, then shows the window and brings it forward.
+    void show();
+
+    QWidget* window() const;
+    ViewRenderer& renderer() { return *renderer_; }
+    int renderCount() const { return renders_; }
+    void setTonePalette(const TonePalette& tones);
+
+    // The defaults key under which the window's size is kept.
+    std::string sizeKey() const { return "window." + spec_.id + ".size"; }
+
+private:
+    class Frame;
+    void restoreSize();
+    void saveSize();
+
+    WindowSpec spec_;
+    View view_;
+    std::shared_ptr<ActionDispatcher> dispatcher_;
+    std::unique_ptr<Frame> frame_;
+    std::unique_ptr<ViewRenderer> renderer_;
+    bool pending_ = false;
+    bool rendering_ = false;
+    int renders_ = 0;
+};
+
+} // namespace orvan::ui::qt

@@ -1,0 +1,164 @@
+#include "QtTestApp.h"
+
+#include "foundation/UserDefaults.h"
+#include "ui/qt/MenuHost.h"
+#include "ui/qt/WindowHost.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QPushButton>
+#include <QScrollArea>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+using namespace orvan;
+using orvan::testing::settle;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Host : public ::testing::Test {
+protected:
+    void SetUp() override {
+        orvan::testing::qtApp();
+        folder = fs::temp_directory_path() / ("ui-qt-host-" + std::to_string(::getpid()) + "-" +
+                                              ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+    }
+    void TearDown() override {
+        settle();
+        fs::remove_all(folder);
+    }
+    ui::qt::WindowSpec spec() {
+        return {.id = "desk", .title = "Remote control", .minimumSize = {640, 780}, .defaultSize = {760, 920},
+                .defaults = UserDefaults::at(folder / "defaults.json")};
+    }
+    fs::path folder;
+};
+
+TEST_F(Host, ManyRequestsInOneTurnGiveOneRender) {
+    int built = 0;
+    ui::qt::WindowHost host(spec(), [&] {
+        ++built;
+        return ui::text("Hello");
+    });
+    for (int i = 0; i < 50; ++i) host.requestRender();
+    EXPECT_EQ(built, 0) << "a request renders at the end of the turn, not at once";
+    settle();
+    EXPECT_EQ(built, 1);
+    EXPECT_EQ(host.renderCount(), 1);
+    settle();
+    EXPECT_EQ(built, 1);
+    host.requestRender();
+    settle();
+    EXPECT_EQ(built, 2);
+}
+
+// An action that changes its model and asks for a render inside its closure must not re-enter
+// the render pass; the window is drawn once more, after the action.
+TEST_F(Host, ActionThatAsksForARenderIsSafe) {
+    int count = 0;
+    ui::qt::WindowHost* self = nullptr;
+    ui::qt::WindowHost host(spec(), [&] {
+        return ui::vstack({ui::text("Count " + std::to_string(count)), ui::button("Add", [&] {
+                                                                               ++count;
+                                                                               self->requestRender();
+                                                                               self->renderNow();
+                                                                           }).key("add")});
+    });
+    self = &host;
+    host.show();
+    const int before = host.renderCount();
+    auto* button = qobject_cast<QPushButton*>(host.renderer().widgetForKey("add"));
+    ASSERT_NE(button, nullptr);
+    button->click();
+    button->click();
+    settle();
+    EXPECT_EQ(count, 2);
+    EXPECT_GT(host.renderCount(), before);
+    EXPECT_EQ(qobject_cast<QPushButton*>(host.renderer().widgetForKey("add")), button);
+}
+
+TEST_F(Host, WindowScrollsAndHasItsTitleAndMinimum) {
+    ui::qt::WindowHost host(spec(), [] { return ui::text("x"); });
+    host.show();
+    EXPECT_EQ(host.window()->windowTitle(), QStringLiteral("Remote control"));
+    EXPECT_EQ(host.window()->minimumSize(), QSize(640, 780));
+    EXPECT_NE(host.window()->findChild<QScrollArea*>(), nullptr);
+}
+
+struct SizeCase {
+    const char* name;
+    Json stored; // null: nothing stored
+    QSize expected;
+};
+
+class RememberedSize : public Host, public ::testing::WithParamInterface<SizeCase> {};
+
+TEST_P(RememberedSize, OpensAtTheStoredSizeOrTheDefault) {
+    const SizeCase& c = GetParam();
+    auto defaults = UserDefaults::at(folder / "defaults.json");
+    if (!c.stored.is_null()) defaults->set("window.desk.size", c.stored);
+    ui::qt::WindowHost host(spec(), [] { return ui::text("x"); });
+    EXPECT_EQ(host.window()->size(), c.expected);
+}
+
+// The offscreen screen is 800 by 800 by default; sizes beyond it are held to it, never to less
+// than the minimum.
+INSTANTIATE_TEST_SUITE_P(
+    Stored, RememberedSize,
+    ::testing::Values(SizeCase{"Nothing", Json(), QSize(760, 800)},
+                      SizeCase{"Stored", Json{{"width", 700}, {"height", 790}}, QSize(700, 790)},
+                      SizeCase{"BelowTheMinimum", Json{{"width", 10}, {"height", 10}}, QSize(640, 780)},
+                      SizeCase{"NotNumbers", Json{{"width", "wide"}, {"height", true}}, QSize(760, 800)},
+                      SizeCase{"NotAnObject", Json("700x800"), QSize(760, 800)},
+                      SizeCase{"Absurd", Json{{"width", 1e300}, {"height", -5}}, QSize(760, 800)}),
+    [](const ::testing::TestParamInfo<SizeCase>& info) { return std::string(info.param.name); });
+
+TEST_F(Host, ClosingRemembersTheSize) {
+    {
+        ui::qt::WindowHost host(spec(), [] { return ui::text("x"); });
+        host.show();
+        host.window()->resize(700, 790);
+        host.window()->close();
+    }
+    const auto stored = UserDefaults::at(folder / "defaults.json")->value("window.desk.size");
+    ASSERT_TRUE(stored);
+    EXPECT_EQ(*stored, (Json{{"width", 700}, {"height", 790}}));
+    ui::qt::WindowHost again(spec(), [] { return ui::text("x"); });
+    EXPECT_EQ(again.window()->size(), QSize(700, 790));
+}
+
+TEST_F(Host, MenuFollowsItsViewAndCallsItsActions) {
+    QMenu menu;
+    bool on = false;
+    int opened = 0;
+    ui::qt::MenuHost host(&menu, [&] {
+        return ui::menu("", {ui::toggle(on ? "Remote control is on" : "Remote control is off", on,
+                                        [&](bool wanted) { on = wanted; }),
+                             ui::separator(), ui::button("Open Orvan Companion", [&] { ++opened; }),
+                             ui::button("Check for updates", [] {}).enabled(false)});
+    });
+    host.renderNow();
+    auto actions = menu.actions();
+    ASSERT_EQ(actions.size(), 4);
+    QAction* remote = actions[0];
+    EXPECT_EQ(remote->text(), QStringLiteral("Remote control is off"));
+    EXPECT_TRUE(actions[1]->isSeparator());
+    EXPECT_FALSE(actions[3]->isEnabled());
+
+    remote->trigger();
+    settle();
+    EXPECT_TRUE(on);
+    EXPECT_EQ(menu.actions().value(0), remote) << "an unchanged shape updates the actions in place";
+    EXPECT_EQ(remote->text(), QStringLiteral("Remote control is on"));
+    EXPECT_TRUE(remote->isChecked());
+    actions[2]->trigger();
+    EXPECT_EQ(opened, 1);
+}
+
+} // namespace
