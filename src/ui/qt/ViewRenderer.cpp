@@ -308,8 +308,16 @@ void ViewRenderer::reconcileChildren(Mounted& mounted, const Node& node, std::ve
     if (!inOrder) {
         for (const auto& child : mounted.children) mounted.childLayout->removeWidget(child->widget);
         for (std::size_t i = 0; i < mounted.children.size(); ++i) {
-            mounted.childLayout->insertWidget(static_cast<int>(i), mounted.children[i]->widget);
-            mounted.children[i]->widget->show();
+            const Mounted& child = *mounted.children[i];
+            // Controls keep their natural width in a column; text takes the room in a line.
+            int stretch = 0;
+            Qt::Alignment alignment;
+            if (horizontal && child.kind == Kind::Text) stretch = 1;
+            if (!horizontal && (child.kind == Kind::Button || child.kind == Kind::Menu || child.kind == Kind::Link ||
+                                child.kind == Kind::Symbol || child.kind == Kind::Picture))
+                alignment = Qt::AlignLeft;
+            mounted.childLayout->insertWidget(static_cast<int>(i), child.widget, stretch, alignment);
+            child.widget->show();
         }
         structureChanged_ = true;
     }
@@ -457,6 +465,7 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
         line->setContentsMargins(0, 0, 0, 0);
         line->setSpacing(8);
         m->titleLabel = wrappingLabel(holder);
+        m->titleLabel->setWordWrap(false);
         auto* bar = new QProgressBar(holder);
         bar->setTextVisible(false);
         if (node.kind == Kind::Spinner) {
@@ -540,11 +549,21 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
         }
         setAccessibleName(widget, qs(node.title));
         break;
-    case Kind::Row:
+    case Kind::Row: {
         setText(m.titleLabel, qs(node.title));
         setText(m.detailLabel, qs(node.detail));
         if (restyle) applyTone(m.detailLabel, tones_, Tone::Dim);
+        // A row of controls only (a field with its buttons) gives its width to the controls.
+        QWidget* words = m.titleLabel->parentWidget();
+        const bool wordless = node.title.empty() && node.detail.empty();
+        words->setVisible(!wordless);
+        if (auto* line = static_cast<QHBoxLayout*>(widget->layout())) {
+            line->setStretchFactor(words, wordless ? 0 : 1);
+            line->setStretchFactor(m.childLayout->parentWidget(), wordless ? 1 : 0);
+            line->setAlignment(m.childLayout->parentWidget(), wordless ? Qt::Alignment() : Qt::AlignRight | Qt::AlignVCenter);
+        }
         break;
+    }
     case Kind::Stack: break;
     case Kind::Text: {
         auto* label = static_cast<QLabel*>(widget);
@@ -646,7 +665,8 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
                 QObject::connect(m.group, &QButtonGroup::idClicked, choicesBox, choose);
                 m.control = choicesBox;
             }
-            line->addWidget(m.control, 1);
+            line->insertWidget(1, m.control);
+            if (line->count() == 2) line->addStretch(1);
             setHelp(m.control, help);
             structureChanged_ = true;
         }
@@ -668,6 +688,18 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
                 m.group->setExclusive(true);
             } else if (auto* option = m.group->button(selected); option && !option->isChecked()) {
                 option->setChecked(true);
+            }
+            if (m.pickerStyle == PickerStyle::Segmented) {
+                for (auto* option : m.group->buttons()) {
+                    const bool chosen = option->isChecked();
+                    QFont font = option->font();
+                    if (font.bold() != chosen) {
+                        font.setBold(chosen);
+                        option->setFont(font);
+                    }
+                    if (chosen) applyTone(option, tones_, Tone::Accent, QPalette::ButtonText);
+                    else option->setPalette(QPalette());
+                }
             }
         }
         break;
@@ -754,7 +786,7 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
     }
     case Kind::Menu: {
         auto* button = static_cast<QToolButton*>(widget);
-        const QString title = literalTitle(node.title) + QStringLiteral(" \u25be");
+        const QString title = literalTitle(node.title);
         if (button->text() != title) button->setText(title);
         setAccessibleName(button, qs(node.title));
         if (restyle) m.menu->setTonePalette(tones_);
