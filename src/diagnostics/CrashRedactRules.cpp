@@ -293,8 +293,15 @@ std::optional<icu::UnicodeString> replace(const Rule& rule, const icu::UnicodeSt
     m->reset(in);
     UErrorCode status = U_ZERO_ERROR;
     if (!rule.fn) {
-        icu::UnicodeString out = m->replaceAll(rule.with, status);
+        // The engine's own replaceAll swallows a time-out and returns what it had so far, which
+        // would pass the rest of the line unredacted; driving the matches here sees the time-out.
+        icu::UnicodeString out;
+        while (m->find(status) && U_SUCCESS(status)) {
+            m->appendReplacement(out, rule.with, status);
+            if (U_FAILURE(status)) return std::nullopt;
+        }
         if (U_FAILURE(status)) return std::nullopt;
+        m->appendTail(out);
         return out;
     }
     icu::UnicodeString out;

@@ -120,6 +120,15 @@ TEST(CrashRedact, LineLengths) {
     EXPECT_EQ(words.rfind(cut, 0), 0u);
 }
 
+TEST(CrashRedact, ARuleThatRunsOutOfTimeHidesTheLine) {
+    // A long word run before a mail address makes the address rule backtrack past its limit:
+    // the line must not pass half-redacted.
+    const std::string slow = std::string(300, 'a') + " bob@example.com";
+    EXPECT_EQ(CrashRedact::text(slow, 512), "<line>");
+    EXPECT_EQ(CrashRedact::redactClean(std::string_view(slow)), "<line>");
+    EXPECT_EQ(CrashRedact::text(std::string(60, 'a') + " bob@example.com", 512), "<secret> <email>");
+}
+
 TEST(CrashRedact, NewestLinesSurviveTheBudget) {
     std::string many;
     for (int i = 0; i < 1000; ++i) many += "line " + std::to_string(i) + "\n";
