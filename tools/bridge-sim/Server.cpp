@@ -57,6 +57,12 @@ Reply failure(int status, const std::string& body) {
 } // namespace
 
 Server::Server(Setup setup) : setup_(std::move(setup)) {
+    // The library's default is SO_REUSEPORT, which would let a second bridge share the port and
+    // take half the requests; a port in use must fail the start instead, as it does for the bridge.
+    http_.set_socket_options([](socket_t socket) {
+        int yes = 1;
+        ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
     auto handler = [this](const httplib::Request& request, httplib::Response& response) {
         dispatch(request, response);
     };
@@ -112,6 +118,7 @@ void Server::dispatch(const httplib::Request& request, httplib::Response& respon
         if (!control) fault = setup_.sim.misbehaviour.faultFor(path);
     }
     if (fault.slowSeconds > 0) {
+        log(request, "waiting " + std::to_string(fault.slowSeconds) + " s");
         std::unique_lock lock(mutex_);
         wake_.wait_for(lock, std::chrono::duration<double>(fault.slowSeconds), [this] { return stopping_; });
     }
