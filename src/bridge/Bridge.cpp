@@ -68,6 +68,7 @@ std::string Bridge::commandPath(const std::optional<std::string>& path) {
 
 void Bridge::start() {
     if (poll_) return;
+    if (setup_.loginItem) assign(loginOn, setup_.loginItem->status() == LoginItem::Status::Enabled);
     poll_ = pollLoop(alive_);
     if (!updatePoll_) updatePoll_ = updatePollLoop(alive_);
 }

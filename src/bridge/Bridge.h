@@ -11,6 +11,7 @@
 #include "foundation/Carryover.h"
 #include "foundation/Observable.h"
 #include "platform/LocalApi.h"
+#include "platform/LoginItem.h"
 #include "platform/Processes.h"
 
 #include <filesystem>
@@ -30,6 +31,8 @@ struct BridgeSetup {
     Environment environment;
     // Where the bundled bridge executable may stand, in order of preference.
     std::vector<std::filesystem::path> bundled;
+    // The login item; none in tests that don't need it.
+    LoginItem* loginItem = nullptr;
 };
 
 class Bridge final : public Observable {
@@ -87,6 +90,9 @@ public:
     Task<void> toggle();
     // Stops supervising for good, and stops the child only if this process launched it.
     void stopIfOwned();
+
+    // Opens the program at login, or stops doing so; an explicit choice ends the carrying over.
+    void setLogin(bool on);
 
     Task<bool> rename(std::string name);
     Task<void> setSidebar(std::string position);
