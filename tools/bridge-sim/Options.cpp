@@ -180,7 +180,8 @@ Control (key required, JSON bodies, 204 unless said):
                    a null tulm, sidebar or line removes it (line: back to the bridge's own)
   POST /_sim/exit {"code"?}        exit with that status (default 0) just after answering
 
-Environment: ORVAN_QUIET=1 prints nothing; otherwise one line per request on standard error.
+Environment: ORVAN_QUIET=1 prints nothing but a reason not to start; otherwise one line per
+request on standard error.
 SIGTERM and SIGINT stop the server and exit 0.
 )";
 }

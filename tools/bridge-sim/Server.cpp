@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <dirent.h>
 #include <netinet/in.h>
+#include <sstream>
 #include <sys/socket.h>
 
 namespace orvan::sim {
@@ -63,6 +64,9 @@ Server::Server(Setup setup) : setup_(std::move(setup)) {
         int yes = 1;
         ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     });
+    // A slow answer holds its thread for the whole wait, also after the client gave up; a poll every
+    // two seconds against a long --slow must not use up the threads that /healthz needs.
+    http_.new_task_queue = [] { return new httplib::ThreadPool(64); };
     auto handler = [this](const httplib::Request& request, httplib::Response& response) {
         dispatch(request, response);
     };
@@ -118,7 +122,9 @@ void Server::dispatch(const httplib::Request& request, httplib::Response& respon
         if (!control) fault = setup_.sim.misbehaviour.faultFor(path);
     }
     if (fault.slowSeconds > 0) {
-        log(request, "waiting " + std::to_string(fault.slowSeconds) + " s");
+        std::ostringstream waiting;
+        waiting << "waiting " << fault.slowSeconds << " s";
+        log(request, waiting.str());
         std::unique_lock lock(mutex_);
         wake_.wait_for(lock, std::chrono::duration<double>(fault.slowSeconds), [this] { return stopping_; });
     }
