@@ -1,8 +1,26 @@
 #include "phones/PhoneWords.h"
 
+#include "phones/GuestWords.h"
+
 #include <map>
 
 namespace orvan {
+
+std::string PhoneWords::shown(const CompanionPhone& phone) {
+    return phone.name && !phone.name->empty() ? *phone.name : std::string("iPhone");
+}
+
+bool PhoneWords::isGuest(const CompanionPhone& phone) { return phone.role == "guest"; }
+
+std::string PhoneWords::role(const CompanionPhone& phone, TimePoint now) {
+    if (!phone.role) return "Member";
+    if (*phone.role == "owner") return "Owner";
+    if (*phone.role == "guest") {
+        if (phone.guest && phone.guest->ends) return "Guest, " + GuestWords::ends(*phone.guest->ends, now);
+        return "Guest";
+    }
+    return "Member";
+}
 
 bool PhoneWords::needsDevices(const std::vector<CompanionPhone>& phones) {
     for (const auto& p : phones)

@@ -1,0 +1,99 @@
+#include "bridge/DeskView.h"
+
+#include "bridge/EnvironmentsSection.h"
+#include "bridge/RemoteWords.h"
+#include "phones/PhoneWords.h"
+
+namespace orvan {
+
+namespace {
+
+Task<void> saveName(Bridge& bridge, DeskState& state, std::function<void()> changed) {
+    bool saved = co_await bridge.rename(state.draft);
+    // The field stays open on failure, with the note under it.
+    if (saved) state.renaming = false;
+    if (changed) changed();
+}
+
+ui::Node nameRow(Bridge& bridge, DeskState& state, const DeskContext& context) {
+    ui::Nodes rows;
+    Bridge* b = &bridge;
+    DeskState* s = &state;
+    auto changed = context.changed;
+    if (state.renaming) {
+        rows.push_back(ui::hstack({
+            ui::field("desk.name", "", state.draft, [s](const std::string& text) { s->draft = text; })
+                .placeholder("Name this Mac"),
+            ui::button("Save", [b, s, changed] { spawn(saveName(*b, *s, changed)); }).role(ui::Role::Primary),
+            ui::button("Cancel",
+                       [s, changed] {
+                           s->renaming = false;
+                           if (changed) changed();
+                       })
+                .role(ui::Role::Cancel),
+        }).key("name.editing"));
+    } else {
+        rows.push_back(ui::row(bridge.name, {ui::button("Rename",
+                                                        [b, s, changed] {
+                                                            s->draft = b->name;
+                                                            s->renaming = true;
+                                                            if (changed) changed();
+                                                        })
+                                                 .help("The name your iPhone shows for this Mac.")})
+                           .key("name"));
+    }
+    if (!bridge.nameNote.empty()) rows.push_back(ui::text(bridge.nameNote).tone(ui::Tone::Danger).key("nameNote"));
+    rows.push_back(ui::text("Your iPhone uses this name.").tone(ui::Tone::Dim).style(ui::TextStyle::Caption));
+    return ui::vstack(std::move(rows)).key("nameRow");
+}
+
+ui::Node phonesSection(Bridge& bridge, TimePoint now) {
+    ui::Nodes rows;
+    if (bridge.phones.empty()) {
+        rows.push_back(ui::text("No phone yet. Open Orvan Mobile on your iPhone."));
+        rows.push_back(ui::text("From the phone, Orvan runs the coding agents on this Mac and the computers it adds: "
+                                "Claude Code, Codex, Gemini, Grok, Cursor and Amazon Bedrock, and Tulm's sessions "
+                                "too, over SSH and in sandbox desktops.")
+                           .tone(ui::Tone::Dim)
+                           .style(ui::TextStyle::Caption));
+    }
+    for (const auto& phone : bridge.phones)
+        rows.push_back(ui::row(PhoneWords::shown(phone), PhoneWords::role(phone, now), {}).key("phone:" + phone.id));
+    if (!bridge.phoneNote.empty()) rows.push_back(ui::text(bridge.phoneNote).tone(ui::Tone::Danger));
+    return ui::section("Phones", std::move(rows)).key("phones");
+}
+
+ui::Node loginRow(Bridge& bridge) {
+    Bridge* b = &bridge;
+    return ui::section("", {
+        ui::toggle("Open when you log in", bridge.loginOn, [b](bool on) { b->setLogin(on); })
+            .help("Opens Orvan Companion when you log in to this Mac, so your phone can reach it without a visit."),
+        ui::text(bridge.loginNote.empty() ? std::string("The Mac is ready before you open this window.") : bridge.loginNote)
+            .tone(bridge.loginNote.empty() ? ui::Tone::Dim : ui::Tone::Danger)
+            .style(ui::TextStyle::Caption),
+    }).key("login");
+}
+
+} // namespace
+
+ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const DeskContext& context) {
+    Bridge* b = &bridge;
+    ui::Nodes card;
+    card.push_back(ui::section("", {
+        nameRow(bridge, state, context),
+        ui::text(bridge.line).key("line"),
+        ui::toggle("Remote control", bridge.on, [b](bool) { spawn(b->toggle()); })
+            .enabled(bridge.ready)
+            .help(RemoteWords::help(bridge.on))
+            .key("remote"),
+        ui::text(RemoteWords::reach).tone(ui::Tone::Dim).style(ui::TextStyle::Caption),
+    }).key("mac"));
+    card.push_back(phonesSection(bridge, now));
+    card.push_back(EnvironmentsSection::build(bridge));
+    card.push_back(loginRow(bridge));
+    card.push_back(ui::text(context.versionLabel).selectable().tone(ui::Tone::Dim).style(ui::TextStyle::Caption)
+                       .key("version"));
+    return ui::vstack(std::move(card));
+}
+
+} // namespace orvan

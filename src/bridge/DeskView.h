@@ -1,0 +1,34 @@
+#pragma once
+// The main window: one scrolling card of this computer's state and controls.
+
+#include "bridge/Bridge.h"
+#include "ui/Node.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace orvan {
+
+// The window's own state, kept by whoever hosts the view.
+struct DeskState {
+    bool renaming = false;
+    std::string draft;
+    std::optional<CompanionPhone> removing;
+    std::optional<CompanionPhone> promoting;
+    std::optional<CompanionPhone> demoting;
+    bool inviting = false;
+    bool askConsent = false;
+};
+
+struct DeskContext {
+    // The view state changed: draw again.
+    std::function<void()> changed;
+    std::string versionLabel;
+};
+
+namespace DeskView {
+ui::Node build(Bridge& bridge, DeskState& state, TimePoint now, const DeskContext& context);
+} // namespace DeskView
+
+} // namespace orvan
