@@ -269,9 +269,9 @@ std::string ascii(std::string_view pattern) {
             if (i + 1 >= pattern.size()) break; // a lone backslash ends the pattern
             char e = pattern[++i];
             switch (e) {
-            case 'w': out += inClass ? std::string(wordChars) : "[" + std::string(wordChars) + "]"; break;
-            case 'd': out += inClass ? "0-9" : "[0-9]"; break;
-            case 's': out += inClass ? " \\t\\n\\f\\r" : "[ \\t\\n\\f\\r]"; break;
+            case 'w': out.append(inClass ? "" : "[").append(wordChars).append(inClass ? "" : "]"); break;
+            case 'd': out.append(inClass ? "0-9" : "[0-9]"); break;
+            case 's': out.append(inClass ? " \\t\\n\\f\\r" : "[ \\t\\n\\f\\r]"); break;
             case 'S': out += "[^ \\t\\n\\f\\r]"; break;
             case 'b': out += boundary; break;
             default:
