@@ -1,0 +1,45 @@
+#include "app/Companion.h"
+
+#include "app/AppInfo.h"
+#include "bridge/Carryover.h"
+#include "foundation/Files.h"
+#include "updates/CompanionVersion.h"
+
+namespace orvan::app {
+
+namespace {
+// The bundled bridge: beside this executable, else where an installed copy keeps it.
+std::vector<std::filesystem::path> bundledBridge(const std::string& executable) {
+    std::filesystem::path dir = std::filesystem::path(executable).parent_path();
+    return {dir / "orvan", dir.parent_path() / "libexec" / "orvan-companion" / "orvan"};
+}
+} // namespace
+
+Companion::Companion(Environment environment, std::string executable, std::vector<std::string> arguments)
+    : environment_(std::move(environment)), login_(environment_, executable, std::move(arguments)) {
+    BridgeSetup setup;
+    setup.host = "127.0.0.1";
+    setup.port = 8787;
+    setup.environment = environment_;
+    setup.bundled = bundledBridge(executable);
+    setup.loginItem = &login_;
+    api_ = std::make_unique<QtLocalApi>(QString::fromStdString("http://" + setup.host + ":" + std::to_string(setup.port)));
+    bridge_ = std::make_unique<Bridge>(*api_, clock_, processes_, std::move(setup));
+}
+
+void Companion::willFinishLaunching() {
+    if (!Carryover::env("ORVAN_DIR", environment_)) Carryover::moveFolder(DataFolder::dataHome(environment_));
+    Carryover::copySettings(Carryover::oldBundle, AppInfo::bundleId, environment_);
+}
+
+void Companion::didFinishLaunching() {
+    auto defaults = UserDefaults::domain(AppInfo::bundleId, environment_);
+    Carryover::carryLogin(login_.launchedAtLogin(), login_.status() == LoginItem::Status::Enabled, *defaults,
+                          [this](std::string& error) { return login_.registerItem(error); });
+}
+
+std::string Companion::versionLabel() const {
+    return CompanionVersion::label(AppInfo::shortVersion, AppInfo::buildNumber);
+}
+
+} // namespace orvan::app

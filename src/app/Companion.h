@@ -1,0 +1,47 @@
+#pragma once
+// The program's one set of models and real adapters, shared by the window and the headless view.
+// Nothing else in the program knows every model.
+
+#include "bridge/Bridge.h"
+#include "bridge/DeskView.h"
+#include "platform/linux/PosixProcesses.h"
+#include "platform/linux/QtClock.h"
+#include "platform/linux/QtLocalApi.h"
+#include "platform/linux/XdgAutostart.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvan::app {
+
+class Companion {
+public:
+    Companion(Environment environment, std::string executable, std::vector<std::string> arguments);
+
+    // Before the first window: carry the earlier name's folder and settings over.
+    void willFinishLaunching();
+    // After: settle the login entry.
+    void didFinishLaunching();
+    // With the main window: start supervising.
+    void startDesk() { bridge_->start(); }
+    // Every deliberate end of the process goes through here.
+    void quitting() { bridge_->stopIfOwned(); }
+
+    Bridge& bridge() { return *bridge_; }
+    DeskState& deskState() { return desk_; }
+    Clock& clock() { return clock_; }
+    const Environment& environment() const { return environment_; }
+    std::string versionLabel() const;
+
+private:
+    Environment environment_;
+    QtClock clock_;
+    PosixProcesses processes_;
+    XdgAutostart login_;
+    std::unique_ptr<QtLocalApi> api_;
+    std::unique_ptr<Bridge> bridge_;
+    DeskState desk_;
+};
+
+} // namespace orvan::app

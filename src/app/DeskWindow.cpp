@@ -1,0 +1,89 @@
+#include "app/DeskWindow.h"
+
+#include "app/AppInfo.h"
+#include "bridge/MenuDesk.h"
+#include "ui/qt/SymbolIcons.h"
+#include "ui/qt/TonePalette.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QWidget>
+
+namespace orvan::app {
+
+DeskWindow::DeskWindow(Companion& companion) : companion_(companion) {
+    ui::qt::WindowSpec spec;
+    spec.id = "desk";
+    spec.title = "Remote control";
+    spec.minimumSize = QSize(640, 780);
+    spec.defaultSize = QSize(760, 920);
+    spec.defaults = UserDefaults::domain(AppInfo::bundleId, companion.environment());
+    desk_ = std::make_unique<ui::qt::WindowHost>(std::move(spec), [this] {
+        DeskContext context;
+        context.versionLabel = companion_.versionLabel();
+        context.changed = [this] { desk_->requestRender(); };
+        return DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context);
+    });
+    desk_->setTonePalette(ui::qt::TonePalette::fromPalette(QApplication::palette()));
+
+    if (QSystemTrayIcon::isSystemTrayAvailable()) {
+        menu_ = std::make_unique<QMenu>();
+        menuHost_ = std::make_unique<ui::qt::MenuHost>(menu_.get(), [this] {
+            MenuContext context;
+            context.versionLabel = companion_.versionLabel();
+            context.openDesk = [this] { show(); };
+            context.quit = [] { QCoreApplication::quit(); };
+            context.copy = [](const std::string& text) {
+                QClipboard* clipboard = QGuiApplication::clipboard();
+                clipboard->clear();
+                clipboard->setText(QString::fromStdString(text));
+            };
+            return MenuDesk::build(companion_.bridge(), context);
+        });
+        menuHost_->setTonePalette(ui::qt::TonePalette::fromPalette(QApplication::palette()));
+        tray_ = std::make_unique<QSystemTrayIcon>();
+        tray_->setContextMenu(menu_.get());
+        tray_->setToolTip(QStringLiteral("Orvan Companion"));
+        QObject::connect(tray_.get(), &QSystemTrayIcon::activated, &context_, [this](QSystemTrayIcon::ActivationReason r) {
+            if (r == QSystemTrayIcon::Trigger || r == QSystemTrayIcon::DoubleClick) show();
+        });
+        updateTrayIcon();
+        tray_->show();
+    }
+    // With no tray, the window is the only way in: closing it ends the program.
+    QApplication::setQuitOnLastWindowClosed(!tray_);
+
+    subscription_ = companion_.bridge().observe([this] { modelChanged(); });
+    tick_.setInterval(30000);
+    tick_.setTimerType(Qt::VeryCoarseTimer);
+    QObject::connect(&tick_, &QTimer::timeout, &context_, [this] { desk_->requestRender(); });
+    tick_.start();
+}
+
+DeskWindow::~DeskWindow() = default;
+
+void DeskWindow::show() {
+    desk_->show();
+    if (QWidget* window = desk_->window()) {
+        window->raise();
+        window->activateWindow();
+    }
+}
+
+void DeskWindow::modelChanged() {
+    desk_->requestRender();
+    if (menuHost_) menuHost_->requestRender();
+    updateTrayIcon();
+}
+
+void DeskWindow::updateTrayIcon() {
+    if (!tray_) return;
+    TrayIcon icon = MenuDesk::icon(companion_.bridge());
+    if (icon.symbol == traySymbol_ && icon.tone == trayTone_) return;
+    traySymbol_ = icon.symbol;
+    trayTone_ = icon.tone;
+    QColor color = ui::qt::TonePalette::fromPalette(QApplication::palette()).color(icon.tone);
+    tray_->setIcon(ui::qt::SymbolIcons::icon(icon.symbol, color));
+}
+
+} // namespace orvan::app

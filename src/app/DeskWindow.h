@@ -1,0 +1,42 @@
+#pragma once
+// The desktop front: the "Remote control" window and, where the desktop has one, the tray icon
+// with its menu.
+
+#include "app/Companion.h"
+#include "foundation/Observable.h"
+#include "ui/qt/MenuHost.h"
+#include "ui/qt/WindowHost.h"
+
+#include <QMenu>
+#include <QObject>
+#include <QSystemTrayIcon>
+#include <QTimer>
+#include <memory>
+
+namespace orvan::app {
+
+class DeskWindow {
+public:
+    explicit DeskWindow(Companion& companion);
+    ~DeskWindow();
+    void show();
+    bool hasTray() const { return tray_ != nullptr; }
+    ui::qt::WindowHost& host() { return *desk_; }
+
+private:
+    void modelChanged();
+    void updateTrayIcon();
+
+    Companion& companion_;
+    std::unique_ptr<ui::qt::WindowHost> desk_;
+    std::unique_ptr<QMenu> menu_;
+    std::unique_ptr<ui::qt::MenuHost> menuHost_;
+    std::unique_ptr<QSystemTrayIcon> tray_;
+    std::string traySymbol_;
+    ui::Tone trayTone_ = ui::Tone::Normal;
+    QObject context_;
+    QTimer tick_;
+    Observable::Subscription subscription_;
+};
+
+} // namespace orvan::app
