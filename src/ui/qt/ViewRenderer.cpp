@@ -142,8 +142,10 @@ struct ViewRenderer::Mounted {
     // A field's conversation with its model: the tree's text at the last render, and what the
     // user's typing has reported lately. A tree that repeats either while the user types is an
     // echo that lags behind the keyboard, not a change to apply.
+    // Shared with the field's signal, which may outlive this record by a turn when the field
+    // is being replaced.
     std::string treeText;
-    std::deque<std::string> sent;
+    std::shared_ptr<std::deque<std::string>> sent = std::make_shared<std::deque<std::string>>();
 };
 
 struct ViewRenderer::Presented {
@@ -440,11 +442,11 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
         m->titleLabel->setBuddy(edit);
         line->addWidget(m->titleLabel);
         line->addWidget(edit, 1);
-        Mounted* self = m.get();
-        QObject::connect(edit, &QLineEdit::textEdited, edit, [self, actions, dispatcher](const QString& text) {
+        const auto sent = m->sent;
+        QObject::connect(edit, &QLineEdit::textEdited, edit, [sent, actions, dispatcher](const QString& text) {
             std::string typed = utf8(text);
-            self->sent.push_back(typed);
-            if (self->sent.size() > 32) self->sent.pop_front();
+            sent->push_back(typed);
+            if (sent->size() > 32) sent->pop_front();
             if (actions->onChange) dispatcher->run([call = actions->onChange, typed] { call(typed); });
         });
         QObject::connect(edit, &QLineEdit::returnPressed, edit, [actions, dispatcher] { dispatcher->run(actions->onSubmit); });
@@ -714,18 +716,18 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
         if (edit->isEnabled() != node.isEnabled) edit->setEnabled(node.isEnabled);
         const QString want = qs(node.text);
         if (edit->text() != want) {
-            const bool typing = edit->hasFocus() && !m.sent.empty();
+            const bool typing = edit->hasFocus() && !m.sent->empty();
             const bool stale = node.text == m.treeText ||
-                               std::find(m.sent.begin(), m.sent.end(), node.text) != m.sent.end();
+                               std::find(m.sent->begin(), m.sent->end(), node.text) != m.sent->end();
             if (!(typing && stale)) {
                 const int caret = edit->cursorPosition();
                 const QSignalBlocker quiet(edit);
                 edit->setText(want);
                 if (edit->hasFocus()) edit->setCursorPosition(std::min(caret, static_cast<int>(want.size())));
-                m.sent.clear();
+                m.sent->clear();
             }
         } else if (!edit->hasFocus()) {
-            m.sent.clear();
+            m.sent->clear();
         }
         m.treeText = node.text;
         break;

@@ -124,7 +124,7 @@ int main(int argc, char** argv) {
 
     DemoState state;
     ui::qt::WindowHost* host = nullptr;
-    ui::qt::WindowHost window({.id = "demo", .title = "Remote control", .minimumSize = {640, 780}, .defaultSize = {760, 920}},
+    ui::qt::WindowHost window({.id = "demo", .title = "Remote control", .minimumSize = {640, 780}, .defaultSize = {760, 920}, .defaults = nullptr},
                               [&] { return view(state, host); });
     host = &window;
     window.setTonePalette(ui::qt::TonePalette::fromPalette(QApplication::palette()));
