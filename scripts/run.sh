@@ -5,4 +5,5 @@ cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 cmake --preset dev
 cmake --build --preset dev
-exec build/dev/src/orvan-companion "$@"
+# Headless text when there is no display; the simulator is the bundled bridge and runs as our child.
+exec build/dev/bundle/bin/orvan-companion "$@"

@@ -211,7 +211,8 @@ private:
         }
         switch (node.kind) {
         case Kind::Section:
-            line(indent, "== " + clean(node.title) + " ==");
+            // A card without a title still stands apart from the one before it.
+            line(indent, node.title.empty() ? std::string("--") : "== " + clean(node.title) + " ==");
             helpLine(node, indent + 1);
             if (!node.detail.empty())
                 for (const auto& piece : linesOf(node.detail)) line(indent + 1, piece);
