@@ -1,0 +1,55 @@
+#include "appearance/AppearanceSection.h"
+
+#include "appearance/AppearanceWords.h"
+#include "appearance/Swatch.h"
+#include "appearance/ThemeCatalog.h"
+
+#include <string>
+#include <vector>
+
+namespace orvan::AppearanceSection {
+
+namespace {
+
+ui::Node paletteRow(ThemeStore& store, const ThemePalette& palette) {
+    const ThemeChoice& choice = store.choice();
+    const auto state = AppearanceWords::state(choice.light == palette.id, choice.dark == palette.id);
+    const std::string id = palette.id;
+    return ui::vstack({
+               ui::hstack({
+                   ui::picture(Swatch::png(palette), Swatch::width, Swatch::height, palette.name + " colours"),
+                   ui::link(palette.name, [&store, id] { store.setChoice(ThemeChoice::both(id)); })
+                       .help(AppearanceWords::both(palette.name)),
+                   ui::when(state.has_value(), ui::text(state.value_or("")).tone(ui::Tone::Accent)),
+                   ui::button("Light", [&store, id] { store.setChoice(store.choice().withLight(id)); })
+                       .help(AppearanceWords::one(palette.name, false))
+                       .key(id + ".light"),
+                   ui::button("Dark", [&store, id] { store.setChoice(store.choice().withDark(id)); })
+                       .help(AppearanceWords::one(palette.name, true))
+                       .key(id + ".dark"),
+               }),
+               ui::text(palette.credit).tone(ui::Tone::Dim).style(ui::TextStyle::Caption),
+           })
+        .key(id);
+}
+
+} // namespace
+
+ui::Node build(ThemeStore& store) {
+    std::vector<ui::Choice> schemes;
+    for (Appearance a : Appearance::all()) schemes.push_back({std::string(a.title()), std::string(a.rawValue())});
+
+    ui::Nodes children = {
+        ui::picker("", schemes, std::string(store.scheme().rawValue()),
+                   [&store](const std::string& raw) {
+                       if (auto scheme = Appearance::from(raw)) store.setScheme(*scheme);
+                   })
+            .key("scheme"),
+        ui::text(AppearanceWords::scheme).tone(ui::Tone::Dim),
+        ui::text(AppearanceWords::themes).tone(ui::Tone::Dim),
+    };
+    for (const auto& palette : ThemeCatalog::all()) children.push_back(paletteRow(store, palette));
+    return ui::section(title, AppearanceWords::line, std::move(children)).key("appearance");
+}
+
+} // namespace orvan::AppearanceSection

@@ -1,0 +1,17 @@
+#pragma once
+// A small picture of a palette for its row in the Appearance section: the light side on the
+// left, the dark side on the right, each as bands of its ground, card, accent and ink. Made as
+// PNG bytes here so that both renderers can show it without knowing about palettes.
+
+#include "appearance/ThemePalette.h"
+
+#include <string>
+
+namespace orvan::Swatch {
+
+inline constexpr int width = 48;
+inline constexpr int height = 16;
+
+std::string png(const ThemePalette& palette);
+
+} // namespace orvan::Swatch
