@@ -89,6 +89,19 @@ void UserDefaults::remove(const std::string& key) {
     changed(key);
 }
 
+bool UserDefaults::replaceAll(Json values) {
+    if (!values.is_object()) return false;
+    std::vector<std::string> touched;
+    for (auto it = values_.begin(); it != values_.end(); ++it)
+        if (!values.contains(it.key()) || values.at(it.key()) != it.value()) touched.push_back(it.key());
+    for (auto it = values.begin(); it != values.end(); ++it)
+        if (!values_.contains(it.key())) touched.push_back(it.key());
+    values_ = std::move(values);
+    save();
+    for (const auto& key : touched) changed(key);
+    return true;
+}
+
 UserDefaults::Subscription UserDefaults::observe(Observer observer) {
     int id = nextId_++;
     observers_.emplace_back(id, std::move(observer));

@@ -56,6 +56,9 @@ public:
     void remove(const std::string& key);
     // Every key and value, as stored.
     Json all() const { return values_; }
+    // Puts `values` (an object; anything else is refused) in place of the whole domain, and tells the
+    // observers of every key that was added, changed or dropped.
+    bool replaceAll(Json values);
 
     Subscription observe(Observer observer);
 

@@ -1,0 +1,99 @@
+#include "bridge/Bridge.h"
+#include "bridge/Carryover.h"
+#include "fakes/FakeBridge.h"
+#include "fakes/FakeClock.h"
+#include "fakes/FakeLoginItem.h"
+#include "fakes/FakeProcesses.h"
+#include "foundation/UserDefaults.h"
+
+#include <gtest/gtest.h>
+
+namespace orvan {
+namespace {
+
+namespace fs = std::filesystem;
+using Status = LoginItem::Status;
+using test::FakeLoginItem;
+
+const std::string kRefused = "Move Orvan Companion into Applications, then turn this on.";
+
+class BridgeLoginTest : public testing::Test {
+protected:
+    void SetUp() override {
+        char pattern[] = "/tmp/orvan-login-XXXXXX";
+        root_ = ::mkdtemp(pattern);
+    }
+    void TearDown() override { fs::remove_all(root_); }
+
+    // A fresh model over a fresh settings folder, as a new launch would have.
+    std::unique_ptr<Bridge> bridge(const std::string& folder, LoginItem* item) {
+        BridgeSetup setup;
+        setup.environment = {{"HOME", root_.string()}, {"XDG_CONFIG_HOME", (root_ / folder).string()}};
+        setup.loginItem = item;
+        return std::make_unique<Bridge>(api_, clock_, processes_, setup);
+    }
+    std::optional<Json> settled(const std::string& folder) const {
+        Environment env{{"XDG_CONFIG_HOME", (root_ / folder).string()}};
+        return UserDefaults(UserDefaults::fileOf(Carryover::bundle, env)).value(Carryover::loginSettledKey);
+    }
+
+    fs::path root_;
+    test::FakeClock clock_;
+    test::FakeBridge api_{clock_};
+    test::FakeProcesses processes_;
+};
+
+TEST_F(BridgeLoginTest, AChoiceSettlesTheCarryOverAndShowsWhatTheLoginItemSays) {
+    struct Case {
+        const char* name;
+        bool on;
+        bool works;
+        Status before;
+        std::optional<Status> settlesAs;
+        const char* call;
+        bool loginOn;
+        std::string note;
+    };
+    const Case cases[] = {
+        {"turned on", true, true, Status::NotRegistered, std::nullopt, "register", true, ""},
+        {"turned off", false, true, Status::Enabled, std::nullopt, "unregister", false, ""},
+        {"turned on but held for approval", true, true, Status::NotRegistered, Status::RequiresApproval,
+         "register", false, ""},
+        {"turning on refused", true, false, Status::NotRegistered, std::nullopt, "register", false, kRefused},
+        {"turning off refused leaves it on", false, false, Status::Enabled, std::nullopt, "unregister", true,
+         kRefused},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        FakeLoginItem item;
+        item.works = c.works;
+        item.current = c.before;
+        item.settlesAs = c.settlesAs;
+        auto model = bridge(c.name, &item);
+        model->loginNote = "a note from before";
+        model->loginOn = !c.loginOn;
+        int published = 0;
+        auto watching = model->observe([&] { ++published; });
+
+        model->setLogin(c.on);
+
+        EXPECT_EQ(item.calls, std::vector<std::string>{c.call});
+        EXPECT_EQ(model->loginOn, c.loginOn);
+        EXPECT_EQ(model->loginNote, c.note);
+        EXPECT_GT(published, 0);
+        // Turning it off settles too, so a later launch at login doesn't register it again.
+        EXPECT_EQ(settled(c.name), Json(true));
+    }
+}
+
+TEST_F(BridgeLoginTest, WithoutALoginFacilityTheSwitchStaysOffAndSaysSo) {
+    auto model = bridge("none", nullptr);
+    model->loginOn = true;
+    model->setLogin(true);
+    EXPECT_FALSE(model->loginOn);
+    EXPECT_EQ(model->loginNote, kRefused);
+    EXPECT_EQ(settled("none"), Json(true));
+}
+
+} // namespace
+} // namespace orvan
