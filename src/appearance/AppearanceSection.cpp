@@ -20,13 +20,13 @@ ui::Node paletteRow(ThemeStore& store, const ThemePalette& palette) {
                    ui::picture(Swatch::png(palette), Swatch::width, Swatch::height, palette.name + " colours"),
                    ui::link(palette.name, [&store, id] { store.setChoice(ThemeChoice::both(id)); })
                        .help(AppearanceWords::both(palette.name)),
-                   ui::when(state.has_value(), ui::text(state.value_or("")).tone(ui::Tone::Accent)),
                    ui::button("Light", [&store, id] { store.setChoice(store.choice().withLight(id)); })
                        .help(AppearanceWords::one(palette.name, false))
                        .key(id + ".light"),
                    ui::button("Dark", [&store, id] { store.setChoice(store.choice().withDark(id)); })
                        .help(AppearanceWords::one(palette.name, true))
                        .key(id + ".dark"),
+                   ui::when(state.has_value(), ui::text(state.value_or("")).tone(ui::Tone::Accent)),
                }),
                ui::text(palette.credit).tone(ui::Tone::Dim).style(ui::TextStyle::Caption),
            })

@@ -149,9 +149,9 @@ TEST_F(Store, TheSectionShowsStateAndItsControlsChangeTheChoice) {
     EXPECT_NE(text.find("== Appearance =="), std::string::npos) << text;
     EXPECT_NE(text.find(AppearanceWords::line), std::string::npos);
     EXPECT_NE(text.find("(\u2022) System  ( ) Light  ( ) Dark"), std::string::npos) << text;
-    EXPECT_NE(text.find("Nord (link)  In use for light  [Light]  [Dark]"), std::string::npos) << text;
-    EXPECT_NE(text.find("Dracula (link)  In use for dark  [Light]  [Dark]"), std::string::npos) << text;
-    EXPECT_NE(text.find("Grove (link)  [Light]  [Dark]"), std::string::npos) << text;
+    EXPECT_NE(text.find("Nord (link)  [Light]  [Dark]  In use for light"), std::string::npos) << text;
+    EXPECT_NE(text.find("Dracula (link)  [Light]  [Dark]  In use for dark"), std::string::npos) << text;
+    EXPECT_NE(text.find("Grove (link)  [Light]  [Dark]\n"), std::string::npos) << text;
     EXPECT_NE(text.find("After Solarized"), std::string::npos) << "credit lines are shown";
 
     auto tree = AppearanceSection::build(store);
@@ -170,7 +170,7 @@ TEST_F(Store, TheSectionShowsStateAndItsControlsChangeTheChoice) {
     EXPECT_EQ(store.scheme(), Appearance::dark);
     scheme->onChoose("sepia");
     EXPECT_EQ(store.scheme(), Appearance::dark) << "an unknown value changes nothing";
-    EXPECT_NE(ui::TextRenderer::plain(AppearanceSection::build(store)).find("Catppuccin (link)  In use for light and dark"),
+    EXPECT_NE(ui::TextRenderer::plain(AppearanceSection::build(store)).find("Catppuccin (link)  [Light]  [Dark]  In use for light and dark"),
               std::string::npos);
 }
 
