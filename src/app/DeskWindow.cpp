@@ -2,6 +2,7 @@
 
 #include "app/AppInfo.h"
 #include "bridge/MenuDesk.h"
+#include "ui/qt/InkStyle.h"
 #include "ui/qt/SymbolIcons.h"
 #include "ui/qt/TonePalette.h"
 
@@ -11,7 +12,7 @@
 
 namespace orvan::app {
 
-DeskWindow::DeskWindow(Companion& companion) : companion_(companion) {
+DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(companion), themes_(themes) {
     ui::qt::WindowSpec spec;
     spec.id = "desk";
     spec.title = "Remote control";
@@ -22,9 +23,10 @@ DeskWindow::DeskWindow(Companion& companion) : companion_(companion) {
         DeskContext context;
         context.versionLabel = companion_.versionLabel();
         context.changed = [this] { desk_->requestRender(); };
+        context.themes = &themes_;
         return DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context);
     });
-    desk_->setTonePalette(ui::qt::TonePalette::fromPalette(QApplication::palette()));
+    desk_->setTonePalette(ui::qt::InkStyle::tones(themes_));
 
     if (QSystemTrayIcon::isSystemTrayAvailable()) {
         menu_ = std::make_unique<QMenu>();
@@ -40,7 +42,7 @@ DeskWindow::DeskWindow(Companion& companion) : companion_(companion) {
             };
             return MenuDesk::build(companion_.bridge(), context);
         });
-        menuHost_->setTonePalette(ui::qt::TonePalette::fromPalette(QApplication::palette()));
+        menuHost_->setTonePalette(ui::qt::InkStyle::tones(themes_));
         tray_ = std::make_unique<QSystemTrayIcon>();
         tray_->setContextMenu(menu_.get());
         tray_->setToolTip(QStringLiteral("Orvan Companion"));
@@ -54,6 +56,7 @@ DeskWindow::DeskWindow(Companion& companion) : companion_(companion) {
     QApplication::setQuitOnLastWindowClosed(!tray_);
 
     subscription_ = companion_.bridge().observe([this] { modelChanged(); });
+    look_ = themes_.observe([this] { lookChanged(); });
     tick_.setInterval(30000);
     tick_.setTimerType(Qt::VeryCoarseTimer);
     QObject::connect(&tick_, &QTimer::timeout, &context_, [this] { desk_->requestRender(); });
@@ -76,13 +79,25 @@ void DeskWindow::modelChanged() {
     updateTrayIcon();
 }
 
+void DeskWindow::lookChanged() {
+    auto tones = ui::qt::InkStyle::tones(themes_);
+    desk_->setTonePalette(tones);
+    desk_->requestRender();
+    if (menuHost_) {
+        menuHost_->setTonePalette(tones);
+        menuHost_->requestRender();
+    }
+    traySymbol_.clear(); // the icon's accent or dim may have changed with the look
+    updateTrayIcon();
+}
+
 void DeskWindow::updateTrayIcon() {
     if (!tray_) return;
     TrayIcon icon = MenuDesk::icon(companion_.bridge());
     if (icon.symbol == traySymbol_ && icon.tone == trayTone_) return;
     traySymbol_ = icon.symbol;
     trayTone_ = icon.tone;
-    QColor color = ui::qt::TonePalette::fromPalette(QApplication::palette()).color(icon.tone);
+    QColor color = ui::qt::InkStyle::tones(themes_).color(icon.tone);
     tray_->setIcon(ui::qt::SymbolIcons::icon(icon.symbol, color));
 }
 

@@ -3,6 +3,7 @@
 // with its menu.
 
 #include "app/Companion.h"
+#include "appearance/ThemeStore.h"
 #include "foundation/Observable.h"
 #include "ui/qt/MenuHost.h"
 #include "ui/qt/WindowHost.h"
@@ -17,7 +18,7 @@ namespace orvan::app {
 
 class DeskWindow {
 public:
-    explicit DeskWindow(Companion& companion);
+    DeskWindow(Companion& companion, ThemeStore& themes);
     ~DeskWindow();
     void show();
     bool hasTray() const { return tray_ != nullptr; }
@@ -26,8 +27,10 @@ public:
 private:
     void modelChanged();
     void updateTrayIcon();
+    void lookChanged();
 
     Companion& companion_;
+    ThemeStore& themes_;
     std::unique_ptr<ui::qt::WindowHost> desk_;
     std::unique_ptr<QMenu> menu_;
     std::unique_ptr<ui::qt::MenuHost> menuHost_;
@@ -37,6 +40,7 @@ private:
     QObject context_;
     QTimer tick_;
     Observable::Subscription subscription_;
+    Observable::Subscription look_;
 };
 
 } // namespace orvan::app

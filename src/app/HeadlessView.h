@@ -26,6 +26,7 @@ private:
     QObject context_;
     QTimer tick_;
     Observable::Subscription subscription_;
+    Observable::Subscription look_;
 };
 
 } // namespace orvan::app

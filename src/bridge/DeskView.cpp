@@ -1,6 +1,7 @@
 #include "bridge/DeskView.h"
 
 #include "bridge/EnvironmentsSection.h"
+#include "appearance/AppearanceSection.h"
 #include "bridge/RemoteWords.h"
 #include "phones/PhoneWords.h"
 
@@ -90,6 +91,7 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     }).key("mac"));
     card.push_back(phonesSection(bridge, now));
     card.push_back(EnvironmentsSection::build(bridge));
+    if (context.themes) card.push_back(AppearanceSection::build(*context.themes));
     card.push_back(loginRow(bridge));
     card.push_back(ui::text(context.versionLabel).selectable().tone(ui::Tone::Dim).style(ui::TextStyle::Caption)
                        .key("version"));

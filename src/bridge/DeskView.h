@@ -21,10 +21,14 @@ struct DeskState {
     bool askConsent = false;
 };
 
+class ThemeStore;
+
 struct DeskContext {
     // The view state changed: draw again.
     std::function<void()> changed;
     std::string versionLabel;
+    // The look; its section shows when there is one.
+    ThemeStore* themes = nullptr;
 };
 
 namespace DeskView {
