@@ -60,8 +60,10 @@ protected:
         for (auto& [id, observer] : observers) observer();
     }
 
-    // Assigns a published field and tells the observers, on every assignment.
+    // Assigns a published field and tells the observers. Views are drawn from the models alone, so
+    // an assignment that changes nothing has nothing to tell, and an idle poll costs no redraw.
     template <class T, class U> void assign(T& field, U&& value) {
+        if (field == value) return;
         field = std::forward<U>(value);
         publish();
     }

@@ -1,5 +1,7 @@
 #include "Server.h"
 
+#include <limits>
+
 #include "Control.h"
 #include "Routes.h"
 
@@ -67,6 +69,10 @@ Server::Server(Setup setup) : setup_(std::move(setup)) {
     // A slow answer holds its thread for the whole wait, also after the client gave up; a poll every
     // two seconds against a long --slow must not use up the threads that /healthz needs.
     http_.new_task_queue = [] { return new httplib::ThreadPool(64); };
+    // A client that polls every two seconds keeps one connection for as long as it runs, as it would
+    // with the bridge; the library's default closes it after five requests.
+    http_.set_keep_alive_max_count(std::numeric_limits<size_t>::max());
+    http_.set_keep_alive_timeout(30);
     auto handler = [this](const httplib::Request& request, httplib::Response& response) {
         dispatch(request, response);
     };
