@@ -13,13 +13,13 @@
 namespace orvan::app {
 
 DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(companion), themes_(themes) {
-    ui::qt::WindowSpec spec;
-    spec.id = "desk";
-    spec.title = "Remote control";
-    spec.minimumSize = QSize(640, 780);
-    spec.defaultSize = QSize(760, 920);
-    spec.defaults = UserDefaults::domain(AppInfo::bundleId, companion.environment());
-    desk_ = std::make_unique<ui::qt::WindowHost>(std::move(spec), [this] {
+    ui::qt::WindowSpec shape;
+    shape.id = "desk";
+    shape.title = "Remote control";
+    shape.minimumSize = QSize(640, 780);
+    shape.defaultSize = QSize(760, 920);
+    shape.defaults = UserDefaults::domain(AppInfo::bundleId, companion.environment());
+    desk_ = std::make_unique<ui::qt::WindowHost>(std::move(shape), [this] {
         DeskContext context;
         context.versionLabel = companion_.versionLabel();
         context.changed = [this] { desk_->requestRender(); };

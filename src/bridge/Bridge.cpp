@@ -107,19 +107,19 @@ Task<void> Bridge::ensure() {
         assign(line, "This copy of the companion is incomplete. Copy the whole app again.");
         co_return;
     }
-    ChildSpec spec;
-    spec.executable = *binary;
-    spec.arguments = {"--addr", ":" + std::to_string(setup_.port)};
-    spec.environment = setup_.environment;
+    ChildSpec plan;
+    plan.executable = *binary;
+    plan.arguments = {"--addr", ":" + std::to_string(setup_.port)};
+    plan.environment = setup_.environment;
     auto inherited = setup_.environment.find("PATH");
-    spec.environment["PATH"] =
+    plan.environment["PATH"] =
         commandPath(inherited == setup_.environment.end() ? std::nullopt : std::optional(inherited->second));
-    spec.environment["ORVAN_QUIET"] = "1";
+    plan.environment["ORVAN_QUIET"] = "1";
     if (stopped) co_return;
 
     startedByUs = true;
     std::string error;
-    auto launched = processes_.launch(spec, error);
+    auto launched = processes_.launch(plan, error);
     if (!launched) {
         assign(line, "Remote control did not start. The companion keeps trying.");
         co_return;

@@ -31,7 +31,7 @@ class Processes {
 public:
     virtual ~Processes() = default;
     // The running child, or null with `error` saying why it could not start.
-    virtual std::shared_ptr<Child> launch(const ChildSpec& spec, std::string& error) = 0;
+    virtual std::shared_ptr<Child> launch(const ChildSpec& request, std::string& error) = 0;
 };
 
 } // namespace orvan

@@ -97,13 +97,13 @@ TEST_F(BridgeTest, OwnChildGetsExactlyItsArgumentsAndTheWidenedEnvironment) {
     processes_.onLaunch = [&](test::FakeChild&) { up(); };
     bridge().start();
     ASSERT_EQ(processes_.launches.size(), 1u);
-    const ChildSpec& spec = processes_.launches[0].spec;
-    EXPECT_EQ(spec.executable, bundled_);
-    EXPECT_EQ(spec.arguments, (std::vector<std::string>{"--addr", ":8787"}));
+    const ChildSpec& request = processes_.launches[0].request;
+    EXPECT_EQ(request.executable, bundled_);
+    EXPECT_EQ(request.arguments, (std::vector<std::string>{"--addr", ":8787"}));
     Environment expected = setup_.environment;
     expected["PATH"] = "/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin";
     expected["ORVAN_QUIET"] = "1";
-    EXPECT_EQ(spec.environment, expected);
+    EXPECT_EQ(request.environment, expected);
     EXPECT_TRUE(bridge().ready);
     EXPECT_TRUE(bridge().startedByUs);
     ASSERT_TRUE(bridge().child);

@@ -26,7 +26,7 @@ public:
 class FakeProcesses final : public Processes {
 public:
     struct Launch {
-        ChildSpec spec;
+        ChildSpec request;
         std::shared_ptr<FakeChild> child; // null when the launch failed
     };
 
@@ -39,16 +39,16 @@ public:
 
     std::vector<Launch> launches;
 
-    std::shared_ptr<Child> launch(const ChildSpec& spec, std::string& error) override {
+    std::shared_ptr<Child> launch(const ChildSpec& request, std::string& error) override {
         if (failLaunch) {
             error = "No such file or directory";
-            launches.push_back({spec, nullptr});
+            launches.push_back({request, nullptr});
             return nullptr;
         }
         auto child = std::make_shared<FakeChild>();
         child->running = childStaysUp;
         child->pid = 4242 + static_cast<int>(launches.size());
-        launches.push_back({spec, child});
+        launches.push_back({request, child});
         if (onLaunch) onLaunch(*child);
         return child;
     }

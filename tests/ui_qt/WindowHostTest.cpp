@@ -33,7 +33,7 @@ protected:
         settle();
         fs::remove_all(folder);
     }
-    ui::qt::WindowSpec spec() {
+    ui::qt::WindowSpec windowSetup() {
         return {.id = "desk", .title = "Remote control", .minimumSize = {640, 780}, .defaultSize = {760, 920},
                 .defaults = UserDefaults::at(folder / "defaults.json")};
     }
@@ -42,7 +42,7 @@ protected:
 
 TEST_F(Host, ManyRequestsInOneTurnGiveOneRender) {
     int built = 0;
-    ui::qt::WindowHost host(spec(), [&] {
+    ui::qt::WindowHost host(windowSetup(), [&] {
         ++built;
         return ui::text("Hello");
     });
@@ -63,7 +63,7 @@ TEST_F(Host, ManyRequestsInOneTurnGiveOneRender) {
 TEST_F(Host, ActionThatAsksForARenderIsSafe) {
     int count = 0;
     ui::qt::WindowHost* self = nullptr;
-    ui::qt::WindowHost host(spec(), [&] {
+    ui::qt::WindowHost host(windowSetup(), [&] {
         return ui::vstack({ui::text("Count " + std::to_string(count)), ui::button("Add", [&] {
                                                                                ++count;
                                                                                self->requestRender();
@@ -84,7 +84,7 @@ TEST_F(Host, ActionThatAsksForARenderIsSafe) {
 }
 
 TEST_F(Host, WindowScrollsAndHasItsTitleAndMinimum) {
-    ui::qt::WindowHost host(spec(), [] { return ui::text("x"); });
+    ui::qt::WindowHost host(windowSetup(), [] { return ui::text("x"); });
     host.show();
     EXPECT_EQ(host.window()->windowTitle(), QStringLiteral("Remote control"));
     EXPECT_EQ(host.window()->minimumSize(), QSize(640, 780));
@@ -103,7 +103,7 @@ TEST_P(RememberedSize, OpensAtTheStoredSizeOrTheDefault) {
     const SizeCase& c = GetParam();
     auto defaults = UserDefaults::at(folder / "defaults.json");
     if (!c.stored.is_null()) defaults->set("window.desk.size", c.stored);
-    ui::qt::WindowHost host(spec(), [] { return ui::text("x"); });
+    ui::qt::WindowHost host(windowSetup(), [] { return ui::text("x"); });
     EXPECT_EQ(host.window()->size(), c.expected);
 }
 
@@ -121,7 +121,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(Host, ClosingRemembersTheSize) {
     {
-        ui::qt::WindowHost host(spec(), [] { return ui::text("x"); });
+        ui::qt::WindowHost host(windowSetup(), [] { return ui::text("x"); });
         host.show();
         host.window()->resize(700, 790);
         host.window()->close();
@@ -129,7 +129,7 @@ TEST_F(Host, ClosingRemembersTheSize) {
     const auto stored = UserDefaults::at(folder / "defaults.json")->value("window.desk.size");
     ASSERT_TRUE(stored);
     EXPECT_EQ(*stored, (Json{{"width", 700}, {"height", 790}}));
-    ui::qt::WindowHost again(spec(), [] { return ui::text("x"); });
+    ui::qt::WindowHost again(windowSetup(), [] { return ui::text("x"); });
     EXPECT_EQ(again.window()->size(), QSize(700, 790));
 }
 

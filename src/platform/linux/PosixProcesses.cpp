@@ -66,16 +66,16 @@ private:
 
 } // namespace
 
-std::shared_ptr<Child> PosixProcesses::launch(const ChildSpec& spec, std::string& error) {
+std::shared_ptr<Child> PosixProcesses::launch(const ChildSpec& request, std::string& error) {
     std::vector<std::string> argStrings;
-    argStrings.push_back(spec.executable.string());
-    argStrings.insert(argStrings.end(), spec.arguments.begin(), spec.arguments.end());
+    argStrings.push_back(request.executable.string());
+    argStrings.insert(argStrings.end(), request.arguments.begin(), request.arguments.end());
     std::vector<char*> argv;
     for (auto& a : argStrings) argv.push_back(a.data());
     argv.push_back(nullptr);
 
     std::vector<std::string> envStrings;
-    for (const auto& [k, v] : spec.environment) envStrings.push_back(k + "=" + v);
+    for (const auto& [k, v] : request.environment) envStrings.push_back(k + "=" + v);
     std::vector<char*> envp;
     for (auto& e : envStrings) envp.push_back(e.data());
     envp.push_back(nullptr);
@@ -96,7 +96,7 @@ std::shared_ptr<Child> PosixProcesses::launch(const ChildSpec& spec, std::string
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
 
     pid_t pid = 0;
-    int rc = ::posix_spawn(&pid, spec.executable.c_str(), &actions, &attributes, argv.data(), envp.data());
+    int rc = ::posix_spawn(&pid, request.executable.c_str(), &actions, &attributes, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
     if (rc != 0) {

@@ -7,7 +7,7 @@ namespace orvan {
 // a small detached waiter when it is stopped or let go while still running, so none is left a zombie.
 class PosixProcesses final : public Processes {
 public:
-    std::shared_ptr<Child> launch(const ChildSpec& spec, std::string& error) override;
+    std::shared_ptr<Child> launch(const ChildSpec& request, std::string& error) override;
 };
 
 } // namespace orvan

@@ -37,8 +37,8 @@ private:
     QTimer settle_;
 };
 
-WindowHost::WindowHost(WindowSpec spec, View view)
-    : spec_(std::move(spec)), view_(std::move(view)), dispatcher_(std::make_shared<ActionDispatcher>()) {
+WindowHost::WindowHost(WindowSpec setup, View view)
+    : spec_(std::move(setup)), view_(std::move(view)), dispatcher_(std::make_shared<ActionDispatcher>()) {
     frame_ = std::make_unique<Frame>(*this);
     frame_->setWindowTitle(QString::fromStdString(spec_.title));
     frame_->setObjectName(QString::fromStdString(spec_.id));

@@ -40,7 +40,7 @@ class WindowHost {
 public:
     using View = std::function<Node()>;
 
-    WindowHost(WindowSpec spec, View view);
+    WindowHost(WindowSpec setup, View view);
     ~WindowHost();
     WindowHost(const WindowHost&) = delete;
     WindowHost& operator=(const WindowHost&) = delete;
