@@ -44,14 +44,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     // Plant the secret at a place picked by the input, in as much text as is ever read.
     std::string planted(rest.substr(0, 4096));
-    if (planted.find(secret.core) != std::string::npos) return 0;
+    // Text that already holds the secret once control and invisible characters are gone is not
+    // a plant.
+    if (orvan::CrashRedact::redactLine(planted, false).find(secret.core) != std::string::npos) return 0;
     const std::size_t at = planted.empty() ? 0 : (data[1] * 131u + data[2]) % (planted.size() + 1);
     planted.insert(at, std::string(separator) + std::string(secret.text) + std::string(separator));
     std::string redacted = orvan::CrashRedact::text(planted, 512);
     if (redacted.size() > 512 || !orvan::Text::isValidUtf8(redacted)) std::abort();
     // "bearer" just before the plant makes the plant's first word its token, and the rule takes
     // one word only: a known limit of the rule list, not a fault of this code.
-    std::string before = planted.substr(at >= 48 ? at - 48 : 0, at >= 48 ? 48 : at);
+    std::string before = orvan::CrashRedact::redactLine(planted.substr(0, at), false);
+    if (before.size() > 48) before.erase(0, before.size() - 48);
     for (char& c : before) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     if (before.find("bearer") != std::string::npos) return 0;
     if (redacted.find(secret.core) != std::string::npos) std::abort();
