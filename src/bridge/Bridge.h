@@ -3,6 +3,7 @@
 // when none answers, relaunching its own when it dies), folds the bridge's status into published
 // fields every two seconds, and owns the operations on this computer as a whole.
 
+#include "access/AccessKind.h"
 #include "bridge/CompanionPhone.h"
 #include "bridge/CompanionScreen.h"
 #include "bridge/CompanionStatus.h"
@@ -13,8 +14,10 @@
 #include "platform/LocalApi.h"
 #include "platform/LoginItem.h"
 #include "platform/Processes.h"
+#include "phones/OwnerNotice.h"
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -62,8 +65,10 @@ public:
     std::string sidebarNote;
     bool sidebarBusy = false;
     CompanionScreen screen;
+    std::map<AccessKind, AccessState> access;
     std::string accessNote;
     std::string relaunchNote;
+    std::vector<OwnerNotice> ownerNotices;
     std::set<std::string> promotedHere;
     std::string joinNote;
     bool joinBusy = false;
@@ -75,6 +80,8 @@ public:
     bool stopped = false;
     bool lidLoaded = false;
     bool lidHeld = false;
+    // What the model listens to elsewhere (settings changes); ended with the model.
+    std::vector<Observable::Subscription> observers;
     TimePoint diagnosticsSaid = distantPast();
 
     bool watched() const { return screen.watching && !screen.watching->empty(); }

@@ -1,0 +1,17 @@
+#pragma once
+#include "foundation/Time.h"
+
+#include <string>
+
+namespace orvan {
+
+// One line saying that someone else became an owner of this computer.
+struct OwnerNotice {
+    std::string id;
+    std::string name;  // "iPhone" when the device had none
+    std::string since; // the owner time as the bridge gave it
+    TimePoint at;
+    bool operator==(const OwnerNotice&) const = default;
+};
+
+} // namespace orvan
