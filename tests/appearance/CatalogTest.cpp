@@ -1,6 +1,7 @@
 // The compiled catalog against palettes.md, read here by a parser of its own: the generator and
 // this test share no code, so a slip in either, or a hand edit of the generated table, shows.
 
+#include "appearance/Colour.h"
 #include "appearance/ThemeCatalog.h"
 
 #include <gtest/gtest.h>
@@ -19,21 +20,19 @@ namespace {
 
 using Cells = std::vector<std::string>;
 
-std::string bare(std::string s) {
-    std::string out;
-    for (char c : s)
-        if (c != '`' && c != '"') out += c;
-    const auto first = out.find_first_not_of(' ');
-    const auto last = out.find_last_not_of(' ');
-    return first == std::string::npos ? std::string() : out.substr(first, last - first + 1);
-}
-
+// A table row's cells, without the quoting marks and the spaces around them.
 Cells cellsOf(const std::string& line) {
     Cells cells;
     std::stringstream in(line);
     std::string cell;
     std::getline(in, cell, '|'); // before the first bar
-    while (std::getline(in, cell, '|')) cells.push_back(bare(cell));
+    while (std::getline(in, cell, '|')) {
+        std::string out;
+        for (char c : cell)
+            if (c != '`' && c != '"') out += c;
+        const auto first = out.find_first_not_of(' ');
+        cells.push_back(first == std::string::npos ? "" : out.substr(first, out.find_last_not_of(' ') - first + 1));
+    }
     if (!cells.empty() && cells.back().empty()) cells.pop_back(); // after the last bar
     return cells;
 }
@@ -67,17 +66,13 @@ Rgb hexOf(const std::string& text) {
 // Written out here rather than taken from the generator, so a swapped column can't agree with itself.
 const std::map<std::string, Rgb ThemeTones::*>& fields() {
     static const std::map<std::string, Rgb ThemeTones::*> all = {
-        {"bg", &ThemeTones::bg},           {"card", &ThemeTones::card},
-        {"well", &ThemeTones::well},       {"line", &ThemeTones::line},
-        {"ink", &ThemeTones::ink},         {"dim", &ThemeTones::dim},
-        {"accent", &ThemeTones::accent},   {"steel", &ThemeTones::steel},
-        {"good", &ThemeTones::good},       {"danger", &ThemeTones::danger},
-        {"onAccent", &ThemeTones::onAccent}, {"surface2", &ThemeTones::surface2},
-        {"accentSoft", &ThemeTones::accentSoft}, {"dangerSoft", &ThemeTones::dangerSoft},
-        {"codeBg", &ThemeTones::codeBg},   {"termBg", &ThemeTones::termBg},
-        {"termFg", &ThemeTones::termFg},   {"termCursor", &ThemeTones::termCursor},
-        {"termSelection", &ThemeTones::termSelection}, {"diffAdd", &ThemeTones::diffAdd},
-        {"diffDel", &ThemeTones::diffDel},
+        {"bg", &ThemeTones::bg}, {"card", &ThemeTones::card}, {"well", &ThemeTones::well}, {"line", &ThemeTones::line},
+        {"ink", &ThemeTones::ink}, {"dim", &ThemeTones::dim}, {"accent", &ThemeTones::accent}, {"steel", &ThemeTones::steel},
+        {"good", &ThemeTones::good}, {"danger", &ThemeTones::danger}, {"onAccent", &ThemeTones::onAccent},
+        {"surface2", &ThemeTones::surface2}, {"accentSoft", &ThemeTones::accentSoft}, {"dangerSoft", &ThemeTones::dangerSoft},
+        {"codeBg", &ThemeTones::codeBg}, {"termBg", &ThemeTones::termBg}, {"termFg", &ThemeTones::termFg},
+        {"termCursor", &ThemeTones::termCursor}, {"termSelection", &ThemeTones::termSelection},
+        {"diffAdd", &ThemeTones::diffAdd}, {"diffDel", &ThemeTones::diffDel},
     };
     return all;
 }
@@ -150,6 +145,19 @@ TEST_F(Catalog, EveryTerminalColourMatchesTheTable) {
         for (std::size_t i = 0; i < 16; ++i) EXPECT_EQ(tones.ansi[i], colours[i]) << row[0] << " " << row[1] << " #" << i;
     }
     EXPECT_EQ(sides.size(), 18u);
+}
+
+TEST(Contrast, MeasuresAsTheGuidelinesDo) {
+    const struct {
+        Rgb a, b;
+        double ratio;
+    } known[] = {
+        {0x000000, 0xffffff, 21.0}, {0xffffff, 0x000000, 21.0}, {0x777777, 0x777777, 1.0}, {0x767676, 0xffffff, 4.54},
+        {0x777777, 0xffffff, 4.48}, {0xff0000, 0xffffff, 4.00}, {0x0000ff, 0xffffff, 8.59}, {0x008000, 0xffffff, 5.14},
+    };
+    for (const auto& k : known)
+        EXPECT_NEAR(Colour::contrast({k.a}, {k.b}), k.ratio, 0.01) << Colour{k.a}.hex() << " on " << Colour{k.b}.hex();
+    EXPECT_EQ(Colour{0x0a0b0c}.hex(), "#0a0b0c");
 }
 
 } // namespace

@@ -1,13 +1,21 @@
 #include "appearance/AppearanceSection.h"
+#include "appearance/AppearanceSettings.h"
 #include "appearance/AppearanceWords.h"
+#include "appearance/CodeSize.h"
+#include "appearance/DiffColors.h"
+#include "appearance/TextSizeStep.h"
 #include "appearance/ThemeCatalog.h"
 #include "appearance/ThemeKeys.h"
 #include "appearance/ThemeStore.h"
+#include "foundation/Files.h"
+#include "foundation/UserDefaults.h"
 #include "ui/TextRenderer.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <limits>
+#include <map>
 #include <unistd.h>
 
 using namespace orvan;
@@ -16,19 +24,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// The ground of a palette's side, from the catalog, which CatalogTest holds to the table.
+Rgb ground(const char* id, bool dark) { return ThemeCatalog::palette(id).side(dark).bg; }
+
 class Store : public ::testing::Test {
 protected:
-    void SetUp() override {
-        folder = fs::temp_directory_path() /
-                 ("theme-store-" + std::to_string(::getpid()) + "-" +
-                  ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-    }
+    void SetUp() override { fs::remove_all(folder), fs::create_directories(folder); }
     void TearDown() override { fs::remove_all(folder); }
     fs::path file() const { return folder / "com.quillmere.orvan.companion.json"; }
     std::shared_ptr<UserDefaults> defaults() { return UserDefaults::at(file()); }
-    fs::path folder;
+    const fs::path folder = fs::temp_directory_path() / ("theme-store-" + std::to_string(::getpid()) + "-" +
+                                                         ::testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
 TEST_F(Store, InkFollowsSchemeChoiceAndTheSystem) {
@@ -41,11 +47,9 @@ TEST_F(Store, InkFollowsSchemeChoiceAndTheSystem) {
     };
     const ThemeTones& githubLight = ThemeCatalog::palette("github").light;
     const ThemeTones& nordDark = ThemeCatalog::palette("nord").dark;
-    const Case cases[] = {
-        {Appearance::system, false, githubLight}, {Appearance::system, true, nordDark},
-        {Appearance::light, true, githubLight},   {Appearance::light, false, githubLight},
-        {Appearance::dark, false, nordDark},      {Appearance::dark, true, nordDark},
-    };
+    const Case cases[] = {{Appearance::system, false, githubLight}, {Appearance::system, true, nordDark},
+                          {Appearance::light, true, githubLight},   {Appearance::light, false, githubLight},
+                          {Appearance::dark, false, nordDark},      {Appearance::dark, true, nordDark}};
     for (const auto& c : cases) {
         store.setSystemDark(c.systemDark);
         store.setScheme(c.scheme);
@@ -66,7 +70,7 @@ TEST_F(Store, SettingSavesAppliesAndTellsObserversWithTheNewInk) {
     store.setChoice(store.choice().withDark("dracula"));
 
     // The applier sees the ink of the setting it applies, never the one before.
-    EXPECT_EQ(appliedGrounds, (std::vector<Rgb>{0x0b0c10, 0x282a36}));
+    EXPECT_EQ(appliedGrounds, (std::vector<Rgb>{ground("orvan", true), ground("dracula", true)}));
     EXPECT_GE(told, 2);
     UserDefaults onDisk(file());
     EXPECT_EQ(onDisk.string("tulm.appearance"), "dark");
@@ -90,7 +94,7 @@ TEST_F(Store, TheSystemMattersOnlyWhileTheSchemeFollowsIt) {
     EXPECT_EQ(applied, 0);
     store.setSystemDark(false);
     EXPECT_EQ(applied, 1);
-    EXPECT_EQ(store.ink().bg.rgb, 0xf3f3f7u);
+    EXPECT_EQ(store.ink().bg.rgb, ground("orvan", false));
 }
 
 TEST_F(Store, AnUnknownStoredIdIsNotOverwrittenByReading) {
@@ -110,7 +114,7 @@ TEST_F(Store, FollowsWritesByOthersToTheSameDefaults) {
     defaults()->set("tulm.appearance", "dark");
     EXPECT_EQ(store.choice().dark, "ember");
     EXPECT_EQ(store.scheme(), Appearance::dark);
-    EXPECT_EQ(store.ink().bg.rgb, 0x1e1613u);
+    EXPECT_EQ(store.ink().bg.rgb, ground("ember", true));
     EXPECT_EQ(applied, 2);
     defaults()->set("unrelated", 1);
     defaults()->set(ThemeKeys::light, "orvan"); // what it already holds
@@ -127,18 +131,11 @@ TEST(AppearanceWords, StateForBothOneAndNone) {
     EXPECT_EQ(AppearanceWords::one("Nord", false), "Use Nord for light only.");
 }
 
-// Finds the first node with this key, depth first.
-ui::Node* find(ui::Node& node, const std::string& key) {
-    if (node.identity == key) return &node;
+// The first node, depth first, with this key or of this kind.
+ui::Node* find(ui::Node& node, const std::string& key, std::optional<ui::Kind> kind = std::nullopt) {
+    if (kind ? node.kind == *kind : node.identity == key) return &node;
     for (auto& child : node.children)
-        if (auto* found = find(child, key)) return found;
-    return nullptr;
-}
-
-ui::Node* firstOfKind(ui::Node& node, ui::Kind kind) {
-    if (node.kind == kind) return &node;
-    for (auto& child : node.children)
-        if (auto* found = firstOfKind(child, kind)) return found;
+        if (auto* found = find(child, key, kind)) return found;
     return nullptr;
 }
 
@@ -159,10 +156,10 @@ TEST_F(Store, TheSectionShowsStateAndItsControlsChangeTheChoice) {
     EXPECT_EQ(store.choice(), ThemeChoice("nord", "grove"));
     find(tree, "ember.light")->onPress();
     EXPECT_EQ(store.choice(), ThemeChoice("ember", "grove"));
-    auto* emberName = firstOfKind(*find(tree, "ember"), ui::Kind::Link);
+    auto* emberName = find(*find(tree, "ember"), "", ui::Kind::Link);
     ASSERT_NE(emberName, nullptr);
     EXPECT_EQ(emberName->helpText, "Use Ember for light and dark.");
-    firstOfKind(*find(tree, "catppuccin"), ui::Kind::Link)->onPress();
+    find(*find(tree, "catppuccin"), "", ui::Kind::Link)->onPress();
     EXPECT_EQ(store.choice(), ThemeChoice::both("catppuccin"));
 
     auto* scheme = find(tree, "scheme");
@@ -172,6 +169,116 @@ TEST_F(Store, TheSectionShowsStateAndItsControlsChangeTheChoice) {
     EXPECT_EQ(store.scheme(), Appearance::dark) << "an unknown value changes nothing";
     EXPECT_NE(ui::TextRenderer::plain(AppearanceSection::build(store)).find("Catppuccin (link)  [Light]  [Dark]  In use for light and dark"),
               std::string::npos);
+}
+
+AppearanceSettings readFrom(const std::map<std::string, std::string>& stored) {
+    return AppearanceSettings::read([&](const std::string& key) -> std::optional<std::string> {
+        auto it = stored.find(key);
+        if (it == stored.end()) return std::nullopt;
+        return it->second;
+    });
+}
+
+struct ReadCase {
+    const char* what;
+    std::map<std::string, std::string> stored;
+    Appearance scheme;
+    const char* light;
+    const char* dark;
+};
+
+TEST(AppearanceSettings, ReadsEachKeyOnItsOwnAndForgivesWhatItDoesNotKnow) {
+    const ReadCase cases[] = {
+        {"nothing stored", {}, Appearance::system, "orvan", "orvan"},
+        {"everything known",
+         {{"tulm.appearance", "dark"}, {"orvan.theme.light", "nord"}, {"orvan.theme.dark", "ember"}},
+         Appearance::dark, "nord", "ember"},
+        {"an unknown light id keeps the dark one",
+         {{"orvan.theme.light", "sepia"}, {"orvan.theme.dark", "dracula"}}, Appearance::system, "orvan", "dracula"},
+        {"an unknown dark id keeps the light one",
+         {{"orvan.theme.light", "github"}, {"orvan.theme.dark", "Dracula"}}, Appearance::system, "github", "orvan"},
+        {"an unknown scheme", {{"tulm.appearance", "sepia"}, {"orvan.theme.dark", "nord"}}, Appearance::system, "orvan", "nord"},
+        {"a scheme in another case", {{"tulm.appearance", "Light"}}, Appearance::system, "orvan", "orvan"},
+        {"light scheme", {{"tulm.appearance", "light"}}, Appearance::light, "orvan", "orvan"},
+        {"empty ids", {{"orvan.theme.light", ""}, {"orvan.theme.dark", ""}}, Appearance::system, "orvan", "orvan"},
+        {"a hyphenated id", {{"orvan.theme.light", "tokyo-night"}}, Appearance::system, "tokyo-night", "orvan"},
+    };
+    for (const auto& c : cases) {
+        const auto settings = readFrom(c.stored);
+        EXPECT_EQ(settings.scheme, c.scheme) << c.what;
+        EXPECT_EQ(settings.choice.light, c.light) << c.what;
+        EXPECT_EQ(settings.choice.dark, c.dark) << c.what;
+    }
+    EXPECT_EQ(readFrom({}), AppearanceSettings::standard());
+}
+
+TEST(ThemeChoice, FallsBackOnOneSideOnly) {
+    const ThemeChoice start("nord", "ember");
+    EXPECT_EQ(start.withLight("github"), ThemeChoice("github", "ember"));
+    EXPECT_EQ(start.withDark("nope"), ThemeChoice("nord", "orvan"));
+    EXPECT_EQ(start.withLight("nope"), ThemeChoice("orvan", "ember"));
+    EXPECT_EQ(ThemeChoice::both("grove"), ThemeChoice("grove", "grove"));
+    EXPECT_EQ(ThemeChoice::both(""), ThemeChoice());
+    EXPECT_EQ(start.palette(true).id, "ember");
+    EXPECT_EQ(start.palette(false).id, "nord");
+    // The dark side of the dark palette, not the dark palette's light side.
+    EXPECT_EQ(start.tones(true).bg, ground("ember", true));
+    EXPECT_EQ(start.tones(false).bg, ground("nord", false));
+}
+
+TEST_F(Store, SettingsRoundTripThroughTheDefaultsFile) {
+    const AppearanceSettings written{Appearance::light, ThemeChoice("tokyo-night", "catppuccin")};
+    {
+        UserDefaults defaults(file());
+        defaults.set("unrelated", Json(true));
+        for (const auto& [key, text] : written.stored()) defaults.set(key, text);
+    }
+    // A fresh store over the same file: only what reached the disk counts.
+    UserDefaults again(file());
+    const auto read = AppearanceSettings::read([&](const std::string& key) { return again.string(key); });
+    EXPECT_EQ(read, written);
+    EXPECT_EQ(again.string("tulm.appearance"), "light");
+    EXPECT_EQ(again.boolean("unrelated"), true);
+}
+
+TEST_F(Store, ACorruptOrMistypedFileReadsAsTheStandardSettings) {
+    const std::pair<const char*, const char*> files[] = {
+        {"garbage", "\x01\xff{{{ not json"}, {"a list", "[1, 2, 3]"}, {"empty", ""},
+        {"numbers for texts", R"({"tulm.appearance": 2, "orvan.theme.light": 7, "orvan.theme.dark": null})"}};
+    for (const auto& [what, bytes] : files) {
+        const fs::path path = folder / (std::string(what) + ".json");
+        ASSERT_TRUE(Files::write(path, bytes)) << what;
+        UserDefaults defaults(path);
+        const auto read = AppearanceSettings::read([&](const std::string& key) { return defaults.string(key); });
+        EXPECT_EQ(read, AppearanceSettings::standard()) << what;
+    }
+}
+
+TEST(CodeSize, ClampsEveryKindOfValue) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    const std::pair<std::optional<double>, int> cases[] = {
+        {std::nullopt, 13}, {nan, 13}, {inf, 13}, {-inf, 13}, {0.0, 13}, {-0.0, 13}, {-5.0, 13}, {0.4, 11}, {3.0, 11},
+        {10.49, 11}, {10.5, 11}, {11.0, 11}, {12.5, 13}, {12.49, 12}, {13.0, 13}, {23.6, 24}, {24.0, 24}, {24.4, 24},
+        {100.0, 24}, {1e300, 24}};
+    for (const auto& [value, expected] : cases) {
+        EXPECT_EQ(CodeSize::clamp(value), expected) << (value ? std::to_string(*value) : "absent");
+        EXPECT_EQ(CodeSize::start(value), expected - 13);
+    }
+}
+
+TEST(TextSizeStep, KeepsOnlyTheKnownSteps) {
+    for (auto step : TextSizeStep::all) EXPECT_EQ(TextSizeStep::clamp(step), std::string(step));
+    for (const char* other : {"huge", "", "Large", "large ", "xxxxLarge"}) EXPECT_EQ(TextSizeStep::clamp(other), std::nullopt) << other;
+    EXPECT_EQ(TextSizeStep::clamp(std::nullopt), std::nullopt);
+    EXPECT_EQ(TextSizeStep::clamp(TextSizeStep::standard), "large");
+}
+
+TEST(StoredTexts, RoundTripAndRejectStrangers) {
+    for (Appearance a : Appearance::all()) EXPECT_EQ(Appearance::from(a.rawValue()), a);
+    for (DiffColors d : DiffColors::all()) EXPECT_EQ(DiffColors::from(d.rawValue()), d);
+    EXPECT_EQ(Appearance::from("System"), std::nullopt);
+    EXPECT_EQ(DiffColors::from("redgreen"), std::nullopt);
 }
 
 } // namespace
