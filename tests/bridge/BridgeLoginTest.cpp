@@ -2,8 +2,8 @@
 #include "bridge/Carryover.h"
 #include "fakes/FakeBridge.h"
 #include "fakes/FakeClock.h"
-#include "fakes/FakeLoginItem.h"
 #include "fakes/FakeProcesses.h"
+#include "platform/LoginItem.h"
 #include "foundation/UserDefaults.h"
 
 #include <gtest/gtest.h>
@@ -13,9 +13,26 @@ namespace {
 
 namespace fs = std::filesystem;
 using Status = LoginItem::Status;
-using test::FakeLoginItem;
 
 const std::string kRefused = "Move Orvan Companion into Applications, then turn this on.";
+
+// A login item whose answers the test decides, and which remembers what it was asked to do.
+struct FakeLoginItem final : LoginItem {
+    bool works = true;
+    Status current = Status::NotRegistered;
+    std::optional<Status> settlesAs; // where a call that works leaves it, when a desktop holds it back
+    std::vector<std::string> calls;
+
+    bool registerItem(std::string& error) override { return answer("register", Status::Enabled, error); }
+    bool unregisterItem(std::string& error) override { return answer("unregister", Status::NotRegistered, error); }
+    Status status() const override { return current; }
+    bool launchedAtLogin() const override { return false; }
+    bool answer(const char* call, Status after, std::string& error) {
+        calls.emplace_back(call);
+        if (!works) return error = "Operation not permitted", false;
+        return current = settlesAs.value_or(after), true;
+    }
+};
 
 class BridgeLoginTest : public testing::Test {
 protected:
@@ -57,11 +74,9 @@ TEST_F(BridgeLoginTest, AChoiceSettlesTheCarryOverAndShowsWhatTheLoginItemSays) 
     const Case cases[] = {
         {"turned on", true, true, Status::NotRegistered, std::nullopt, "register", true, ""},
         {"turned off", false, true, Status::Enabled, std::nullopt, "unregister", false, ""},
-        {"turned on but held for approval", true, true, Status::NotRegistered, Status::RequiresApproval,
-         "register", false, ""},
+        {"turned on but held for approval", true, true, Status::NotRegistered, Status::RequiresApproval, "register", false, ""},
         {"turning on refused", true, false, Status::NotRegistered, std::nullopt, "register", false, kRefused},
-        {"turning off refused leaves it on", false, false, Status::Enabled, std::nullopt, "unregister", true,
-         kRefused},
+        {"turning off refused leaves it on", false, false, Status::Enabled, std::nullopt, "unregister", true, kRefused},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
