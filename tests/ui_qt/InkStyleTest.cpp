@@ -21,8 +21,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <unistd.h>
 
 using namespace orvan;
 using orvan::testing::settle;
@@ -30,36 +28,23 @@ using ui::qt::InkStyle;
 
 namespace {
 
-namespace fs = std::filesystem;
-
 QRgb rgbOf(Rgb value) { return qRgb((value >> 16) & 0xff, (value >> 8) & 0xff, value & 0xff); }
 
 class Ink : public ::testing::Test {
 protected:
-    void SetUp() override {
-        orvan::testing::qtApp();
-        folder = fs::temp_directory_path() / ("ink-style-" + std::to_string(::getpid()) + "-" +
-                                              ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-        store = std::make_unique<ThemeStore>(UserDefaults::at(folder / "defaults.json"));
-    }
+    void SetUp() override { orvan::testing::qtApp(); }
     void TearDown() override {
         delete style;
-        store.reset();
         // Other tests in this program draw with the platform's look.
         qApp->setStyleSheet(QString());
         QApplication::setPalette(QPalette());
         settle();
-        fs::remove_all(folder);
     }
-    void install() {
-        style = InkStyle::install(*store, [this] { return desktopDark; });
-    }
-    QColor appColour(QPalette::ColorRole role) const { return QApplication::palette().color(role); }
+    void install() { style = InkStyle::install(*store, [this] { return desktopDark; }); }
+    static QRgb app(QPalette::ColorRole role) { return QApplication::palette().color(role).rgb(); }
 
-    fs::path folder;
-    std::unique_ptr<ThemeStore> store;
+    orvan::testing::TestFolder folder;
+    std::unique_ptr<ThemeStore> store = std::make_unique<ThemeStore>(UserDefaults::at(folder.path / "defaults.json"));
     InkStyle* style = nullptr;
     bool desktopDark = false;
 };
@@ -68,26 +53,28 @@ TEST_F(Ink, TheApplicationPaletteFollowsSchemeChoiceAndDesktop) {
     desktopDark = true;
     install();
     EXPECT_TRUE(store->systemDark()) << "the desktop is read at install";
-    EXPECT_EQ(appColour(QPalette::Window).rgb(), rgbOf(0x0b0c10)) << "orvan's dark ground, applied at install";
 
-    struct Step {
+    EXPECT_EQ(app(QPalette::Window), rgbOf(ThemeCatalog::palette("orvan").dark.bg)) << "applied at install";
+    const struct {
         const char* what;
         std::function<void()> act;
-        Rgb window, text, highlight;
-    };
-    const Step steps[] = {
-        {"nord for both", [&] { store->setChoice(ThemeChoice::both("nord")); }, 0x2e3440, 0xeceff4, 0x88c0d0},
-        {"forced light", [&] { store->setScheme(Appearance::light); }, 0xeceff4, 0x2e3440, 0x4c6e97},
-        {"github for light", [&] { store->setChoice(store->choice().withLight("github")); }, 0xf6f8fa, 0x1f2328, 0x0969da},
-        {"back to the system", [&] { store->setScheme(Appearance::system); }, 0x2e3440, 0xeceff4, 0x88c0d0},
+        const char* id;
+        bool dark;
+    } steps[] = {
+        {"nord for both", [&] { store->setChoice(ThemeChoice::both("nord")); }, "nord", true},
+        {"forced light", [&] { store->setScheme(Appearance::light); }, "nord", false},
+        {"github for light", [&] { store->setChoice(store->choice().withLight("github")); }, "github", false},
+        {"back to the system", [&] { store->setScheme(Appearance::system); }, "nord", true},
     };
     for (const auto& step : steps) {
         step.act();
-        EXPECT_EQ(appColour(QPalette::Window).rgb(), rgbOf(step.window)) << step.what;
-        EXPECT_EQ(appColour(QPalette::WindowText).rgb(), rgbOf(step.text)) << step.what;
-        EXPECT_EQ(appColour(QPalette::Highlight).rgb(), rgbOf(step.highlight)) << step.what;
+        const ThemeTones& tones = ThemeCatalog::palette(step.id).side(step.dark);
+        EXPECT_EQ(app(QPalette::Window), rgbOf(tones.bg)) << step.what;
+        EXPECT_EQ(app(QPalette::WindowText), rgbOf(tones.ink)) << step.what;
+        EXPECT_EQ(app(QPalette::Highlight), rgbOf(tones.accent)) << step.what;
     }
-    EXPECT_TRUE(qApp->styleSheet().contains(QStringLiteral("QFrame#section { background-color: #3b4252;")))
+    EXPECT_TRUE(qApp->styleSheet().contains(QStringLiteral("QFrame#section { background-color: #%1;")
+                                                .arg(ThemeCatalog::palette("nord").dark.card, 6, 16, QChar('0'))))
         << qApp->styleSheet().toStdString();
 }
 
@@ -95,17 +82,12 @@ TEST_F(Ink, ADesktopThemeChangeIsNoticedOnceAndFollowed) {
     install();
     store->setChoice(ThemeChoice("grove", "ember"));
     QWidget a, b;
-    a.show();
-    b.show();
+    a.show(), b.show();
     settle();
-    ASSERT_EQ(appColour(QPalette::Window).rgb(), rgbOf(0xf1f5f2));
-
+    ASSERT_EQ(app(QPalette::Window), rgbOf(ThemeCatalog::palette("grove").light.bg));
     int reads = 0;
     delete style;
-    style = InkStyle::install(*store, [&] {
-        ++reads;
-        return desktopDark;
-    });
+    style = InkStyle::install(*store, [&] { return ++reads, desktopDark; });
     reads = 0;
     desktopDark = true;
     QEvent change(QEvent::ThemeChange);
@@ -115,13 +97,13 @@ TEST_F(Ink, ADesktopThemeChangeIsNoticedOnceAndFollowed) {
     settle();
     EXPECT_EQ(reads, 1);
     EXPECT_TRUE(store->systemDark());
-    EXPECT_EQ(appColour(QPalette::Window).rgb(), rgbOf(0x1e1613)) << "ember's dark ground";
+    EXPECT_EQ(app(QPalette::Window), rgbOf(ThemeCatalog::palette("ember").dark.bg));
 
     store->setScheme(Appearance::light);
     desktopDark = false;
     QCoreApplication::sendEvent(&a, &change);
     settle();
-    EXPECT_EQ(appColour(QPalette::Window).rgb(), rgbOf(0xf1f5f2)) << "a forced scheme ignores the desktop";
+    EXPECT_EQ(app(QPalette::Window), rgbOf(ThemeCatalog::palette("grove").light.bg)) << "a forced scheme ignores the desktop";
 }
 
 TEST_F(Ink, ReadingTheDesktopLeavesOurPaletteInPlace) {
@@ -142,7 +124,7 @@ TEST_F(Ink, SwatchesDecodeToTheirPalettesBands) {
             << palette.id;
         ASSERT_EQ(image.size(), QSize(Swatch::width, Swatch::height));
         const Rgb bands[] = {palette.light.bg, palette.light.card, palette.light.accent, palette.light.ink,
-                             palette.dark.bg,  palette.dark.card,  palette.dark.accent,  palette.dark.ink};
+                             palette.dark.bg, palette.dark.card, palette.dark.accent, palette.dark.ink};
         const int band = Swatch::width / 8;
         for (int i = 0; i < 8; ++i)
             for (int x : {i * band, i * band + band - 1})
@@ -181,7 +163,6 @@ TEST_F(Ink, WindowsShowTheGroundAndTheCardsOfEverySideDrawn) {
     });
     host.show();
     host.window()->resize(760, 1900);
-    const char* out = std::getenv("ORVAN_SCREENSHOTS");
 
     for (const char* id : {"orvan", "solarized", "tokyo-night"}) {
         for (bool dark : {false, true}) {
@@ -193,14 +174,11 @@ TEST_F(Ink, WindowsShowTheGroundAndTheCardsOfEverySideDrawn) {
             const std::string what = std::string(id) + (dark ? " dark" : " light");
 
             QWidget* section = host.renderer().widgetForKey("first");
-            ASSERT_NE(section, nullptr);
-            const QImage card = section->grab().toImage();
+            QWidget* save = host.renderer().widgetForKey("save");
+            ASSERT_TRUE(section && save);
+            const QImage card = section->grab().toImage(), button = save->grab().toImage();
             EXPECT_EQ(card.pixel(8, card.height() / 2), rgbOf(tones.card)) << what << ": the card";
             EXPECT_EQ(card.pixel(card.width() / 2, 0), rgbOf(tones.line)) << what << ": the card's edge";
-
-            QWidget* save = host.renderer().widgetForKey("save");
-            ASSERT_NE(save, nullptr);
-            const QImage button = save->grab().toImage();
             EXPECT_EQ(button.pixel(button.width() / 2, 3), rgbOf(tones.accent)) << what << ": a primary button is filled";
 
             // The palette's name is a link; its underline is drawn in the accent of the present side.
@@ -219,10 +197,8 @@ TEST_F(Ink, WindowsShowTheGroundAndTheCardsOfEverySideDrawn) {
             ASSERT_TRUE(window.rect().contains(outside));
             EXPECT_EQ(window.pixel(outside), rgbOf(tones.bg)) << what << ": the ground";
 
-            if (out) {
-                const QString file = QString::fromUtf8(out) + QStringLiteral("/themes-%1-%2.png").arg(id, dark ? "dark" : "light");
-                EXPECT_TRUE(window.save(file, "PNG")) << file.toStdString();
-            }
+            if (const char* out = std::getenv("ORVAN_SCREENSHOTS"))
+                EXPECT_TRUE(window.save(QStringLiteral("%1/themes-%2-%3.png").arg(out, id, dark ? "dark" : "light"), "PNG"));
         }
     }
 }

@@ -6,6 +6,11 @@
 #include <QKeyEvent>
 #include <QWidget>
 
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <unistd.h>
+
 namespace orvan::testing {
 
 inline QApplication& qtApp() {
@@ -43,5 +48,14 @@ inline void pressKey(QWidget* target, Qt::Key key) {
     QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier);
     QCoreApplication::sendEvent(target, &release);
 }
+
+// A folder of the running test's own, empty at the start and gone at the end.
+struct TestFolder {
+    std::filesystem::path path = std::filesystem::temp_directory_path() /
+                                 ("orvan-ui-qt-" + std::to_string(::getpid()) + "-" +
+                                  ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    TestFolder() { std::filesystem::remove_all(path), std::filesystem::create_directories(path); }
+    ~TestFolder() { std::filesystem::remove_all(path); }
+};
 
 } // namespace orvan::testing

@@ -11,41 +11,25 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 using namespace orvan;
 using orvan::testing::settle;
 
 namespace {
 
-namespace fs = std::filesystem;
-
 class Host : public ::testing::Test {
 protected:
-    void SetUp() override {
-        orvan::testing::qtApp();
-        folder = fs::temp_directory_path() / ("ui-qt-host-" + std::to_string(::getpid()) + "-" +
-                                              ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-    }
-    void TearDown() override {
-        settle();
-        fs::remove_all(folder);
-    }
+    void SetUp() override { orvan::testing::qtApp(); }
+    void TearDown() override { settle(); }
     ui::qt::WindowSpec windowSetup() {
         return {.id = "desk", .title = "Remote control", .minimumSize = {640, 780}, .defaultSize = {760, 920},
-                .defaults = UserDefaults::at(folder / "defaults.json")};
+                .defaults = UserDefaults::at(folder.path / "defaults.json")};
     }
-    fs::path folder;
+    orvan::testing::TestFolder folder;
 };
 
 TEST_F(Host, ManyRequestsInOneTurnGiveOneRender) {
     int built = 0;
-    ui::qt::WindowHost host(windowSetup(), [&] {
-        ++built;
-        return ui::text("Hello");
-    });
+    ui::qt::WindowHost host(windowSetup(), [&] { return ++built, ui::text("Hello"); });
     for (int i = 0; i < 50; ++i) host.requestRender();
     EXPECT_EQ(built, 0) << "a request renders at the end of the turn, not at once";
     settle();
@@ -64,11 +48,8 @@ TEST_F(Host, ActionThatAsksForARenderIsSafe) {
     int count = 0;
     ui::qt::WindowHost* self = nullptr;
     ui::qt::WindowHost host(windowSetup(), [&] {
-        return ui::vstack({ui::text("Count " + std::to_string(count)), ui::button("Add", [&] {
-                                                                               ++count;
-                                                                               self->requestRender();
-                                                                               self->renderNow();
-                                                                           }).key("add")});
+        return ui::vstack({ui::text("Count " + std::to_string(count)),
+                           ui::button("Add", [&] { ++count, self->requestRender(), self->renderNow(); }).key("add")});
     });
     self = &host;
     host.show();
@@ -83,14 +64,6 @@ TEST_F(Host, ActionThatAsksForARenderIsSafe) {
     EXPECT_EQ(qobject_cast<QPushButton*>(host.renderer().widgetForKey("add")), button);
 }
 
-TEST_F(Host, WindowScrollsAndHasItsTitleAndMinimum) {
-    ui::qt::WindowHost host(windowSetup(), [] { return ui::text("x"); });
-    host.show();
-    EXPECT_EQ(host.window()->windowTitle(), QStringLiteral("Remote control"));
-    EXPECT_EQ(host.window()->minimumSize(), QSize(640, 780));
-    EXPECT_NE(host.window()->findChild<QScrollArea*>(), nullptr);
-}
-
 struct SizeCase {
     const char* name;
     Json stored; // null: nothing stored
@@ -101,7 +74,7 @@ class RememberedSize : public Host, public ::testing::WithParamInterface<SizeCas
 
 TEST_P(RememberedSize, OpensAtTheStoredSizeOrTheDefault) {
     const SizeCase& c = GetParam();
-    auto defaults = UserDefaults::at(folder / "defaults.json");
+    auto defaults = UserDefaults::at(folder.path / "defaults.json");
     if (!c.stored.is_null()) defaults->set("window.desk.size", c.stored);
     ui::qt::WindowHost host(windowSetup(), [] { return ui::text("x"); });
     EXPECT_EQ(host.window()->size(), c.expected);
@@ -111,22 +84,24 @@ TEST_P(RememberedSize, OpensAtTheStoredSizeOrTheDefault) {
 // than the minimum.
 INSTANTIATE_TEST_SUITE_P(
     Stored, RememberedSize,
-    ::testing::Values(SizeCase{"Nothing", Json(), QSize(760, 800)},
-                      SizeCase{"Stored", Json{{"width", 700}, {"height", 790}}, QSize(700, 790)},
+    ::testing::Values(SizeCase{"Nothing", Json(), QSize(760, 800)}, SizeCase{"Stored", Json{{"width", 700}, {"height", 790}}, QSize(700, 790)},
                       SizeCase{"BelowTheMinimum", Json{{"width", 10}, {"height", 10}}, QSize(640, 780)},
                       SizeCase{"NotNumbers", Json{{"width", "wide"}, {"height", true}}, QSize(760, 800)},
                       SizeCase{"NotAnObject", Json("700x800"), QSize(760, 800)},
                       SizeCase{"Absurd", Json{{"width", 1e300}, {"height", -5}}, QSize(760, 800)}),
     [](const ::testing::TestParamInfo<SizeCase>& info) { return std::string(info.param.name); });
 
-TEST_F(Host, ClosingRemembersTheSize) {
+TEST_F(Host, WindowScrollsHasItsTitleAndMinimumAndRemembersItsSizeOnClosing) {
     {
         ui::qt::WindowHost host(windowSetup(), [] { return ui::text("x"); });
         host.show();
+        EXPECT_EQ(host.window()->windowTitle(), QStringLiteral("Remote control"));
+        EXPECT_EQ(host.window()->minimumSize(), QSize(640, 780));
+        EXPECT_NE(host.window()->findChild<QScrollArea*>(), nullptr);
         host.window()->resize(700, 790);
         host.window()->close();
     }
-    const auto stored = UserDefaults::at(folder / "defaults.json")->value("window.desk.size");
+    const auto stored = UserDefaults::at(folder.path / "defaults.json")->value("window.desk.size");
     ASSERT_TRUE(stored);
     EXPECT_EQ(*stored, (Json{{"width", 700}, {"height", 790}}));
     ui::qt::WindowHost again(windowSetup(), [] { return ui::text("x"); });
