@@ -3,6 +3,7 @@
 // a separator line and the new frame go to standard output.
 
 #include "app/Companion.h"
+#include "app/FrontEnd.h"
 #include "foundation/Observable.h"
 
 #include <QObject>
@@ -12,9 +13,10 @@
 
 namespace orvan::app {
 
-class HeadlessView {
+class HeadlessView final : public FrontEnd {
 public:
     HeadlessView(Companion& companion, std::FILE* out);
+    void launched(bool) override { renderNow(); }
     void requestRender();
     void renderNow();
 

@@ -1,4 +1,4 @@
-#include "app/DeskWindow.h"
+#include "app/desk/DeskWindow.h"
 
 #include "app/AppInfo.h"
 #include "bridge/MenuDesk.h"

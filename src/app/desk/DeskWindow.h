@@ -3,6 +3,7 @@
 // with its menu.
 
 #include "app/Companion.h"
+#include "app/FrontEnd.h"
 #include "appearance/ThemeStore.h"
 #include "foundation/Observable.h"
 #include "ui/qt/MenuHost.h"
@@ -16,11 +17,16 @@
 
 namespace orvan::app {
 
-class DeskWindow {
+class DeskWindow final : public FrontEnd {
 public:
     DeskWindow(Companion& companion, ThemeStore& themes);
-    ~DeskWindow();
+    ~DeskWindow() override;
     void show();
+    // The window opens at launch, except at login when a tray icon stands in for it.
+    void launched(bool atLogin) override {
+        if (!(atLogin && hasTray())) show();
+    }
+    void bringForward() override { show(); }
     bool hasTray() const { return tray_ != nullptr; }
     ui::qt::WindowHost& host() { return *desk_; }
 

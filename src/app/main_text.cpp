@@ -1,0 +1,19 @@
+// The companion as text only: the "Remote control" window printed whenever it changes. It links
+// no GUI library, so a machine without a display pays only for what it shows.
+
+#include "app/HeadlessView.h"
+#include "app/Program.h"
+
+#include <QCoreApplication>
+#include <cstdio>
+
+using namespace orvan;
+
+int main(int argc, char** argv) {
+    if (auto answered = app::answerInfo(argc, argv)) return *answered;
+    QCoreApplication::setApplicationName(QStringLiteral("Orvan Companion"));
+    QCoreApplication app(argc, argv);
+    return app::run(app, argc, argv, [](app::Companion& companion) -> std::unique_ptr<app::FrontEnd> {
+        return std::make_unique<app::HeadlessView>(companion, stdout);
+    });
+}
