@@ -13,14 +13,14 @@ program="$build/bundle/bin/orvan-companion"
 [[ -x "$program" ]] || { echo "no program at $program: build first" >&2; exit 1; }
 settle=${SETTLE:-20}
 span=${SPAN:-60}
-ticks=$(getconf CLK_TCK)
 
 if curl -fsS -m 1 http://127.0.0.1:8787/healthz >/dev/null 2>&1; then
   echo "port 8787 is in use; stop whatever serves it first" >&2
   exit 1
 fi
 
-cpu_ticks() { awk '{print $14 + $15}' "/proc/$1/stat"; }
+# CPU time of every thread, in nanoseconds (finer than the clock ticks of /proc/PID/stat).
+cpu_ns() { cat /proc/"$1"/task/*/schedstat 2>/dev/null | awk '{s += $1} END {printf "%d", s}'; }
 kib() { awk -v k="$2" '$1 == k":" {print $2}' "/proc/$1/$3"; }
 
 measure() {
@@ -32,19 +32,19 @@ measure() {
   pid=$!
   sleep "$settle"
   if ! kill -0 "$pid" 2>/dev/null; then echo "$label: the program ended early" >&2; rm -rf "$home"; return 1; fi
-  local start_ticks; start_ticks=$(cpu_ticks "$pid")
+  local start_ns; start_ns=$(cpu_ns "$pid")
   local ports; ports=$(mktemp)
   for ((i = 0; i < span; i++)); do
     ss -tnpH state established "( dport = :8787 )" 2>/dev/null | grep "pid=$pid," | awk '{print $3}' >> "$ports" || true
     sleep 1
   done
-  local end_ticks; end_ticks=$(cpu_ticks "$pid")
+  local end_ns; end_ns=$(cpu_ns "$pid")
   local pss rss threads connections cpu
   pss=$(kib "$pid" Pss smaps_rollup)
   rss=$(kib "$pid" VmRSS status)
   threads=$(kib "$pid" Threads status)
   connections=$(sort -u "$ports" | wc -l)
-  cpu=$(awk -v d=$((end_ticks - start_ticks)) -v t="$ticks" -v s="$span" 'BEGIN {printf "%.3f", 100 * d / t / s}')
+  cpu=$(awk -v d=$((end_ns - start_ns)) -v s="$span" 'BEGIN {printf "%.3f", 100 * d / 1e9 / s}')
   printf '%-14s PSS %6.1f MiB  RSS %6.1f MiB  CPU %6s %% of a core  threads %2s  connections to the bridge %s\n' \
     "$label" "$(awk -v k="$pss" 'BEGIN {print k / 1024}')" "$(awk -v k="$rss" 'BEGIN {print k / 1024}')" \
     "$cpu" "$threads" "$connections"

@@ -32,6 +32,8 @@ Task<HttpAnswer> QtLocalApi::send(HttpRequest request) {
     QNetworkRequest q(url);
     q.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     q.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
+    // Over loopback, compression only costs both ends time (and a brotli decoder's memory).
+    q.setRawHeader("Accept-Encoding", "identity");
     for (const auto& [name, value] : request.headers)
         q.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
 
