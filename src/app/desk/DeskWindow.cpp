@@ -1,6 +1,7 @@
 #include "app/desk/DeskWindow.h"
 
 #include "app/AppInfo.h"
+#include "app/Scenes.h"
 #include "bridge/MenuDesk.h"
 #include "ui/qt/InkStyle.h"
 #include "ui/qt/SymbolIcons.h"
@@ -14,10 +15,10 @@ namespace orvan::app {
 
 DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(companion), themes_(themes) {
     ui::qt::WindowSpec shape;
-    shape.id = "desk";
-    shape.title = "Remote control";
-    shape.minimumSize = QSize(640, 780);
-    shape.defaultSize = QSize(760, 920);
+    shape.id = Scenes::desk.id;
+    shape.title = Scenes::desk.title;
+    shape.minimumSize = QSize(Scenes::desk.minimumWidth, Scenes::desk.minimumHeight);
+    shape.defaultSize = QSize(Scenes::desk.defaultWidth, Scenes::desk.defaultHeight);
     shape.defaults = UserDefaults::domain(AppInfo::bundleId, companion.environment());
     desk_ = std::make_unique<ui::qt::WindowHost>(std::move(shape), [this] {
         DeskContext context;
