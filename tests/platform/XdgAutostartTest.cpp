@@ -11,6 +11,7 @@ namespace fs = std::filesystem;
 using Status = LoginItem::Status;
 
 const char* kProgram = "/opt/orvan/bin/orvan-companion";
+const char* kEntry = "com.quillmere.orvan.companion.desktop";
 
 class XdgAutostartTest : public testing::Test {
 protected:
@@ -23,7 +24,7 @@ protected:
     XdgAutostart item(fs::path executable = kProgram, std::vector<std::string> arguments = {}) const {
         return XdgAutostart({{"HOME", root_.string()}}, std::move(executable), std::move(arguments));
     }
-    fs::path entryFile() const { return root_ / ".config/autostart/com.quillmere.orvan.companion.desktop"; }
+    fs::path entryFile() const { return root_ / ".config/autostart" / kEntry; }
     // The value of a key as written in the entry file, or absent.
     std::optional<std::string> line(const std::string& key) const {
         std::string text = Files::read(entryFile()).value_or("");
@@ -36,132 +37,85 @@ protected:
     fs::path root_;
 };
 
-TEST_F(XdgAutostartTest, TheEntryLivesInTheConfigHomeTheEnvironmentNames) {
-    struct Case {
-        const char* name;
-        Environment environment;
-        fs::path file;
+TEST_F(XdgAutostartTest, RegisteringWritesAPrivateEntryWhereTheEnvironmentSaysAndUnregisteringRemovesIt) {
+    const fs::path named = root_ / "cfg";
+    const std::pair<Environment, fs::path> places[] = {
+        {{{"HOME", root_.string()}}, entryFile()},
+        {{{"HOME", root_.string()}, {"XDG_CONFIG_HOME", named.string()}},
+         named / "autostart" / kEntry},
     };
-    const Case cases[] = {
-        {"default", {{"HOME", root_.string()}}, root_ / ".config/autostart"},
-        {"named",
-         {{"HOME", root_.string()}, {"XDG_CONFIG_HOME", (root_ / "cfg").string()}},
-         root_ / "cfg/autostart"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        XdgAutostart login(c.environment, kProgram, {});
-        std::string error;
-        ASSERT_TRUE(login.registerItem(error)) << error;
-        EXPECT_TRUE(fs::is_regular_file(c.file / "com.quillmere.orvan.companion.desktop"));
-        ASSERT_TRUE(login.unregisterItem(error)) << error;
-    }
-}
-
-TEST_F(XdgAutostartTest, RegisteringWritesAPrivateEntryAndStatusFollowsItThroughUnregistering) {
-    auto login = item();
-    std::string error;
-    EXPECT_EQ(login.status(), Status::NotRegistered);
-
-    ASSERT_TRUE(login.registerItem(error)) << error;
-    EXPECT_EQ(login.status(), Status::Enabled);
-    auto text = Files::read(entryFile());
-    ASSERT_TRUE(text);
-    EXPECT_EQ(text->rfind("[Desktop Entry]\n", 0), 0u);
-    EXPECT_EQ(line("Type"), "Application");
-    EXPECT_EQ(line("Name"), "Orvan Companion");
-    EXPECT_EQ(line("Exec"), "/opt/orvan/bin/orvan-companion --launched-at-login");
-    EXPECT_EQ(line("X-GNOME-Autostart-enabled"), "true");
-    struct stat st {};
-    ASSERT_EQ(::stat(entryFile().c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0600u);
-    // Registering again rewrites in place: one entry, no temporary left beside it.
-    ASSERT_TRUE(login.registerItem(error));
-    EXPECT_EQ(std::distance(fs::directory_iterator(entryFile().parent_path()), fs::directory_iterator()), 1);
-
-    ASSERT_TRUE(login.unregisterItem(error)) << error;
-    EXPECT_FALSE(fs::exists(entryFile()));
-    EXPECT_EQ(login.status(), Status::NotRegistered);
-    // Nothing left to remove is not a failure: the entry is gone either way.
-    EXPECT_TRUE(login.unregisterItem(error));
-}
-
-TEST_F(XdgAutostartTest, TheExecLineQuotesAndEscapesTheProgramsPath) {
-    struct Case {
-        const char* path;
-        const char* exec;
-    };
-    const Case cases[] = {
-        {"/usr/bin/orvan-companion", R"(/usr/bin/orvan-companion --launched-at-login)"},
-        {"/home/a b/orvan", R"("/home/a b/orvan" --launched-at-login)"},
-        {"/home/it's/orvan", R"("/home/it's/orvan" --launched-at-login)"},
-        {"/opt/$HOME/orvan", R"("/opt/\\$HOME/orvan" --launched-at-login)"},
-        {"/opt/a\"b/orvan", R"("/opt/a\\"b/orvan" --launched-at-login)"},
-        {"/opt/a`b/orvan", R"("/opt/a\\`b/orvan" --launched-at-login)"},
-        {"/opt/a\\b/orvan", R"("/opt/a\\\\b/orvan" --launched-at-login)"},
-        {"/opt/100%/orvan", R"(/opt/100%%/orvan --launched-at-login)"},
-        {"/opt/tab\there/orvan", R"("/opt/tab\there/orvan" --launched-at-login)"},
-        {"/opt/line\nbreak/orvan", R"("/opt/line\nbreak/orvan" --launched-at-login)"},
-        {"/opt/Ünïcode/orvan", R"(/opt/Ünïcode/orvan --launched-at-login)"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.path);
-        auto login = item(c.path);
-        std::string error;
-        ASSERT_TRUE(login.registerItem(error)) << error;
-        EXPECT_EQ(line("Exec"), c.exec);
-        // The entry stays one key per line whatever the path holds.
-        EXPECT_EQ(line("Terminal"), "false");
-    }
-}
-
-TEST_F(XdgAutostartTest, APathNoEntryCanHoldIsRefusedAndWritesNothing) {
-    const std::string paths[] = {"",
-                                 "orvan-companion",
-                                 "bin/orvan-companion",
-                                 "/opt/\xff\xfe/orvan",
-                                 "/opt/bell\a/orvan",
-                                 std::string("/opt/nul\0x", 10)};
-    for (const auto& path : paths) {
-        SCOPED_TRACE(path);
-        auto login = item(path);
-        std::string error;
-        EXPECT_FALSE(login.registerItem(error));
-        EXPECT_FALSE(error.empty());
-        EXPECT_FALSE(fs::exists(entryFile()));
+    for (const auto& [environment, file] : places) {
+        SCOPED_TRACE(file);
+        XdgAutostart login(environment, kProgram, {});
+        // Turning it on rewrites an entry the desktop had switched off.
+        ASSERT_TRUE(Files::write(file, "[Desktop Entry]\nHidden=true\n"));
         EXPECT_EQ(login.status(), Status::NotRegistered);
+        std::string error;
+        ASSERT_TRUE(login.registerItem(error)) << error;
+        EXPECT_EQ(login.status(), Status::Enabled);
+        EXPECT_TRUE(fs::is_regular_file(file));
+        // Registering again rewrites in place: one entry, no temporary left beside it.
+        ASSERT_TRUE(login.registerItem(error));
+        EXPECT_EQ(std::distance(fs::directory_iterator(file.parent_path()), fs::directory_iterator()), 1);
+
+        ASSERT_TRUE(login.unregisterItem(error)) << error;
+        EXPECT_FALSE(fs::exists(file));
+        EXPECT_EQ(login.status(), Status::NotRegistered);
+        // Nothing left to remove is not a failure: the entry is gone either way.
+        EXPECT_TRUE(login.unregisterItem(error));
+    }
+}
+
+// A private entry whose Exec line quotes and escapes the program's path; a path no entry can hold
+// (nullptr) is refused with a reason, and nothing is written.
+TEST_F(XdgAutostartTest, TheExecLineHoldsTheProgramsPathOrRegisteringIsRefused) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"/usr/bin/orvan", R"(/usr/bin/orvan)"}, {"/home/a b/orvan", R"("/home/a b/orvan")"},
+        {"/home/it's/orvan", R"("/home/it's/orvan")"}, {"/opt/$HOME/orvan", R"("/opt/\\$HOME/orvan")"},
+        {"/opt/a\"b/orvan", R"("/opt/a\\"b/orvan")"}, {"/opt/a`b/orvan", R"("/opt/a\\`b/orvan")"},
+        {"/opt/a\\b/orvan", R"("/opt/a\\\\b/orvan")"}, {"/opt/100%/orvan", R"(/opt/100%%/orvan)"},
+        {"/opt/tab\there/orvan", R"("/opt/tab\there/orvan")"},
+        {"/opt/line\nbreak/orvan", R"("/opt/line\nbreak/orvan")"},
+        {"/opt/Ünïcode/orvan", R"(/opt/Ünïcode/orvan)"},
+        {"", nullptr}, {"orvan-companion", nullptr}, {"bin/orvan", nullptr}, {"/opt/\xff\xfe/orvan", nullptr},
+        {"/opt/bell\a/orvan", nullptr}, {std::string("/opt/nul\0x", 10), nullptr},
+    };
+    for (const auto& [path, exec] : cases) {
+        SCOPED_TRACE(path);
+        std::string error;
+        EXPECT_EQ(item(path).registerItem(error), exec != nullptr) << error;
+        if (!exec) {
+            EXPECT_FALSE(error.empty());
+            EXPECT_FALSE(fs::exists(entryFile()));
+            continue;
+        }
+        EXPECT_EQ(Files::read(entryFile()).value_or("").rfind("[Desktop Entry]\n", 0), 0u);
+        EXPECT_EQ(line("Exec"), std::string(exec) + " --launched-at-login");
+        // The entry stays one key per line whatever the path holds.
+        for (auto [key, value] : {std::pair{"Type", "Application"}, {"Name", "Orvan Companion"},
+                                  {"Terminal", "false"}, {"X-GNOME-Autostart-enabled", "true"}})
+            EXPECT_EQ(line(key), value);
+        struct stat st {};
+        ASSERT_EQ(::stat(entryFile().c_str(), &st), 0);
+        EXPECT_EQ(st.st_mode & 0777, 0600u);
+        fs::remove(entryFile());
     }
 }
 
 TEST_F(XdgAutostartTest, StatusReadsTheSwitchesADesktopUsesToTurnAnEntryOff) {
-    struct Case {
-        const char* name;
-        const char* text;
-        Status status;
+    const std::pair<const char*, Status> cases[] = {
+        {"[Desktop Entry]\nType=Application\nExec=orvan\n", Status::Enabled},
+        {"[Desktop Entry]\nType=Application\nHidden=true\n", Status::NotRegistered},
+        {"[Desktop Entry]\nHidden = true\r\n", Status::NotRegistered},
+        {"[Desktop Entry]\nHidden=false\n", Status::Enabled},
+        {"[Desktop Entry]\nX-GNOME-Autostart-enabled=false\n", Status::NotRegistered},
+        {"[Desktop Entry]\nType=Application\n[Desktop Action x]\nHidden=true\n", Status::Enabled},
+        {"[Desktop Entry]\n#Hidden=true\n", Status::Enabled},
     };
-    const Case cases[] = {
-        {"plain", "[Desktop Entry]\nType=Application\nExec=orvan\n", Status::Enabled},
-        {"hidden", "[Desktop Entry]\nType=Application\nHidden=true\n", Status::NotRegistered},
-        {"hidden, spaced", "[Desktop Entry]\nHidden = true\r\n", Status::NotRegistered},
-        {"hidden false", "[Desktop Entry]\nHidden=false\n", Status::Enabled},
-        {"switched off by the session settings", "[Desktop Entry]\nX-GNOME-Autostart-enabled=false\n",
-         Status::NotRegistered},
-        {"hidden only in another group",
-         "[Desktop Entry]\nType=Application\n[Desktop Action x]\nHidden=true\n", Status::Enabled},
-        {"a comment is not a key", "[Desktop Entry]\n#Hidden=true\n", Status::Enabled},
-    };
-    auto login = item();
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        ASSERT_TRUE(Files::write(entryFile(), c.text));
-        EXPECT_EQ(login.status(), c.status);
+    for (const auto& [text, status] : cases) {
+        ASSERT_TRUE(Files::write(entryFile(), text));
+        EXPECT_EQ(item().status(), status) << text;
     }
-
-    // Turning it on from here rewrites an entry the desktop had switched off.
-    ASSERT_TRUE(Files::write(entryFile(), "[Desktop Entry]\nHidden=true\n"));
-    std::string error;
-    ASSERT_TRUE(login.registerItem(error));
-    EXPECT_EQ(login.status(), Status::Enabled);
 }
 
 TEST_F(XdgAutostartTest, FailuresAnswerFalseWithAReasonAndLeaveTheOldState) {
@@ -170,7 +124,6 @@ TEST_F(XdgAutostartTest, FailuresAnswerFalseWithAReasonAndLeaveTheOldState) {
     ASSERT_TRUE(Files::write(root_ / ".config" / "autostart", "in the way"));
     EXPECT_FALSE(item().registerItem(error));
     EXPECT_NE(error.find("autostart"), std::string::npos);
-    EXPECT_EQ(item().status(), Status::NotRegistered);
     EXPECT_EQ(Files::read(root_ / ".config" / "autostart"), "in the way");
 
     // A folder with contents where the entry should be: it can't be removed, and it isn't an entry.
@@ -184,22 +137,13 @@ TEST_F(XdgAutostartTest, FailuresAnswerFalseWithAReasonAndLeaveTheOldState) {
 }
 
 TEST_F(XdgAutostartTest, OnlyTheLoginArgumentMarksALaunchAtLogin) {
-    struct Case {
-        std::vector<std::string> arguments;
-        bool atLogin;
-    };
-    const Case cases[] = {
-        {{}, false},
-        {{kProgram}, false},
-        {{kProgram, "--launched-at-login"}, true},
+    const std::pair<std::vector<std::string>, bool> cases[] = {
+        {{}, false}, {{kProgram}, false}, {{kProgram, "--launched-at-login"}, true},
         {{kProgram, "--verbose", "--launched-at-login"}, true},
-        {{kProgram, "--launched-at-login=yes"}, false},
-        {{kProgram, "--launched-at"}, false},
+        {{kProgram, "--launched-at-login=yes"}, false}, {{kProgram, "--launched-at"}, false},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::PrintToString(c.arguments));
-        EXPECT_EQ(item(kProgram, c.arguments).launchedAtLogin(), c.atLogin);
-    }
+    for (const auto& [arguments, atLogin] : cases)
+        EXPECT_EQ(item(kProgram, arguments).launchedAtLogin(), atLogin) << testing::PrintToString(arguments);
 }
 
 } // namespace
