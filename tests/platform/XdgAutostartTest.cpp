@@ -41,9 +41,7 @@ TEST_F(XdgAutostartTest, RegisteringWritesAPrivateEntryWhereTheEnvironmentSaysAn
     const fs::path named = root_ / "cfg";
     const std::pair<Environment, fs::path> places[] = {
         {{{"HOME", root_.string()}}, entryFile()},
-        {{{"HOME", root_.string()}, {"XDG_CONFIG_HOME", named.string()}},
-         named / "autostart" / kEntry},
-    };
+        {{{"HOME", root_.string()}, {"XDG_CONFIG_HOME", named.string()}}, named / "autostart" / kEntry}};
     for (const auto& [environment, file] : places) {
         SCOPED_TRACE(file);
         XdgAutostart login(environment, kProgram, {});
@@ -70,16 +68,23 @@ TEST_F(XdgAutostartTest, RegisteringWritesAPrivateEntryWhereTheEnvironmentSaysAn
 // (nullptr) is refused with a reason, and nothing is written.
 TEST_F(XdgAutostartTest, TheExecLineHoldsTheProgramsPathOrRegisteringIsRefused) {
     const std::pair<std::string, const char*> cases[] = {
-        {"/usr/bin/orvan", R"(/usr/bin/orvan)"}, {"/home/a b/orvan", R"("/home/a b/orvan")"},
-        {"/home/it's/orvan", R"("/home/it's/orvan")"}, {"/opt/$HOME/orvan", R"("/opt/\\$HOME/orvan")"},
-        {"/opt/a\"b/orvan", R"("/opt/a\\"b/orvan")"}, {"/opt/a`b/orvan", R"("/opt/a\\`b/orvan")"},
-        {"/opt/a\\b/orvan", R"("/opt/a\\\\b/orvan")"}, {"/opt/100%/orvan", R"(/opt/100%%/orvan)"},
+        {"/usr/bin/orvan", R"(/usr/bin/orvan)"},
+        {"/home/a b/orvan", R"("/home/a b/orvan")"},
+        {"/home/it's/orvan", R"("/home/it's/orvan")"},
+        {"/opt/$HOME/orvan", R"("/opt/\\$HOME/orvan")"},
+        {"/opt/a\"b/orvan", R"("/opt/a\\"b/orvan")"},
+        {"/opt/a`b/orvan", R"("/opt/a\\`b/orvan")"},
+        {"/opt/a\\b/orvan", R"("/opt/a\\\\b/orvan")"},
+        {"/opt/100%/orvan", R"(/opt/100%%/orvan)"},
         {"/opt/tab\there/orvan", R"("/opt/tab\there/orvan")"},
         {"/opt/line\nbreak/orvan", R"("/opt/line\nbreak/orvan")"},
         {"/opt/Ünïcode/orvan", R"(/opt/Ünïcode/orvan)"},
-        {"", nullptr}, {"orvan-companion", nullptr}, {"bin/orvan", nullptr}, {"/opt/\xff\xfe/orvan", nullptr},
-        {"/opt/bell\a/orvan", nullptr}, {std::string("/opt/nul\0x", 10), nullptr},
-    };
+        {"", nullptr},
+        {"orvan-companion", nullptr},
+        {"bin/orvan", nullptr},
+        {"/opt/\xff\xfe/orvan", nullptr},
+        {"/opt/bell\a/orvan", nullptr},
+        {std::string("/opt/nul\0x", 10), nullptr}};
     for (const auto& [path, exec] : cases) {
         SCOPED_TRACE(path);
         std::string error;
@@ -92,8 +97,10 @@ TEST_F(XdgAutostartTest, TheExecLineHoldsTheProgramsPathOrRegisteringIsRefused) 
         EXPECT_EQ(Files::read(entryFile()).value_or("").rfind("[Desktop Entry]\n", 0), 0u);
         EXPECT_EQ(line("Exec"), std::string(exec) + " --launched-at-login");
         // The entry stays one key per line whatever the path holds.
-        for (auto [key, value] : {std::pair{"Type", "Application"}, {"Name", "Orvan Companion"},
-                                  {"Terminal", "false"}, {"X-GNOME-Autostart-enabled", "true"}})
+        for (auto [key, value] : {std::pair{"Type", "Application"},
+                                  {"Name", "Orvan Companion"},
+                                  {"Terminal", "false"},
+                                  {"X-GNOME-Autostart-enabled", "true"}})
             EXPECT_EQ(line(key), value);
         struct stat st {};
         ASSERT_EQ(::stat(entryFile().c_str(), &st), 0);
@@ -110,8 +117,7 @@ TEST_F(XdgAutostartTest, StatusReadsTheSwitchesADesktopUsesToTurnAnEntryOff) {
         {"[Desktop Entry]\nHidden=false\n", Status::Enabled},
         {"[Desktop Entry]\nX-GNOME-Autostart-enabled=false\n", Status::NotRegistered},
         {"[Desktop Entry]\nType=Application\n[Desktop Action x]\nHidden=true\n", Status::Enabled},
-        {"[Desktop Entry]\n#Hidden=true\n", Status::Enabled},
-    };
+        {"[Desktop Entry]\n#Hidden=true\n", Status::Enabled}};
     for (const auto& [text, status] : cases) {
         ASSERT_TRUE(Files::write(entryFile(), text));
         EXPECT_EQ(item().status(), status) << text;
@@ -138,10 +144,12 @@ TEST_F(XdgAutostartTest, FailuresAnswerFalseWithAReasonAndLeaveTheOldState) {
 
 TEST_F(XdgAutostartTest, OnlyTheLoginArgumentMarksALaunchAtLogin) {
     const std::pair<std::vector<std::string>, bool> cases[] = {
-        {{}, false}, {{kProgram}, false}, {{kProgram, "--launched-at-login"}, true},
+        {{}, false},
+        {{kProgram}, false},
+        {{kProgram, "--launched-at-login"}, true},
         {{kProgram, "--verbose", "--launched-at-login"}, true},
-        {{kProgram, "--launched-at-login=yes"}, false}, {{kProgram, "--launched-at"}, false},
-    };
+        {{kProgram, "--launched-at-login=yes"}, false},
+        {{kProgram, "--launched-at"}, false}};
     for (const auto& [arguments, atLogin] : cases)
         EXPECT_EQ(item(kProgram, arguments).launchedAtLogin(), atLogin) << testing::PrintToString(arguments);
 }
