@@ -33,8 +33,9 @@ protected:
     void TearDown() override { fs::remove_all(folder); }
     fs::path file() const { return folder / "com.quillmere.orvan.companion.json"; }
     std::shared_ptr<UserDefaults> defaults() { return UserDefaults::at(file()); }
-    const fs::path folder = fs::temp_directory_path() / ("theme-store-" + std::to_string(::getpid()) + "-" +
-                                                         ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    const fs::path folder = fs::temp_directory_path() /
+                            ("theme-store-" + std::to_string(::getpid()) + "-" +
+                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
 TEST_F(Store, InkFollowsSchemeChoiceAndTheSystem) {
@@ -97,17 +98,14 @@ TEST_F(Store, TheSystemMattersOnlyWhileTheSchemeFollowsIt) {
     EXPECT_EQ(store.ink().bg.rgb, ground("orvan", false));
 }
 
-TEST_F(Store, AnUnknownStoredIdIsNotOverwrittenByReading) {
+TEST_F(Store, FollowsWritesByOthersToTheSameDefaultsAndKeepsWhatItDoesNotKnow) {
     defaults()->set(ThemeKeys::light, "from-a-newer-release");
     defaults()->set(ThemeKeys::dark, "grove");
     ThemeStore store(defaults());
     EXPECT_EQ(store.choice(), ThemeChoice("orvan", "grove"));
     // Only a choice of the owner's replaces what another release wrote.
     EXPECT_EQ(UserDefaults(file()).string(ThemeKeys::light), "from-a-newer-release");
-}
 
-TEST_F(Store, FollowsWritesByOthersToTheSameDefaults) {
-    ThemeStore store(defaults());
     int applied = 0;
     store.setApplier([&](const ThemeStore&) { ++applied; });
     defaults()->set(ThemeKeys::dark, "ember");
@@ -117,7 +115,7 @@ TEST_F(Store, FollowsWritesByOthersToTheSameDefaults) {
     EXPECT_EQ(store.ink().bg.rgb, ground("ember", true));
     EXPECT_EQ(applied, 2);
     defaults()->set("unrelated", 1);
-    defaults()->set(ThemeKeys::light, "orvan"); // what it already holds
+    defaults()->set(ThemeKeys::dark, "ember"); // what it already holds
     EXPECT_EQ(applied, 2);
 }
 
@@ -167,7 +165,8 @@ TEST_F(Store, TheSectionShowsStateAndItsControlsChangeTheChoice) {
     EXPECT_EQ(store.scheme(), Appearance::dark);
     scheme->onChoose("sepia");
     EXPECT_EQ(store.scheme(), Appearance::dark) << "an unknown value changes nothing";
-    EXPECT_NE(ui::TextRenderer::plain(AppearanceSection::build(store)).find("Catppuccin (link)  [Light]  [Dark]  In use for light and dark"),
+    EXPECT_NE(ui::TextRenderer::plain(AppearanceSection::build(store))
+                  .find("Catppuccin (link)  [Light]  [Dark]  In use for light and dark"),
               std::string::npos);
 }
 
@@ -187,21 +186,21 @@ struct ReadCase {
     const char* dark;
 };
 
+// Each key is read on its own: an unknown id falls back on its side only.
 TEST(AppearanceSettings, ReadsEachKeyOnItsOwnAndForgivesWhatItDoesNotKnow) {
+    const std::string scheme = "tulm.appearance", light = "orvan.theme.light", dark = "orvan.theme.dark";
+    const Appearance system = Appearance::system;
     const ReadCase cases[] = {
-        {"nothing stored", {}, Appearance::system, "orvan", "orvan"},
-        {"everything known",
-         {{"tulm.appearance", "dark"}, {"orvan.theme.light", "nord"}, {"orvan.theme.dark", "ember"}},
-         Appearance::dark, "nord", "ember"},
-        {"an unknown light id keeps the dark one",
-         {{"orvan.theme.light", "sepia"}, {"orvan.theme.dark", "dracula"}}, Appearance::system, "orvan", "dracula"},
-        {"an unknown dark id keeps the light one",
-         {{"orvan.theme.light", "github"}, {"orvan.theme.dark", "Dracula"}}, Appearance::system, "github", "orvan"},
-        {"an unknown scheme", {{"tulm.appearance", "sepia"}, {"orvan.theme.dark", "nord"}}, Appearance::system, "orvan", "nord"},
-        {"a scheme in another case", {{"tulm.appearance", "Light"}}, Appearance::system, "orvan", "orvan"},
-        {"light scheme", {{"tulm.appearance", "light"}}, Appearance::light, "orvan", "orvan"},
-        {"empty ids", {{"orvan.theme.light", ""}, {"orvan.theme.dark", ""}}, Appearance::system, "orvan", "orvan"},
-        {"a hyphenated id", {{"orvan.theme.light", "tokyo-night"}}, Appearance::system, "tokyo-night", "orvan"},
+        {"nothing stored", {}, system, "orvan", "orvan"},
+        {"everything known", {{scheme, "dark"}, {light, "nord"}, {dark, "ember"}}, Appearance::dark, "nord",
+         "ember"},
+        {"unknown light id", {{light, "sepia"}, {dark, "dracula"}}, system, "orvan", "dracula"},
+        {"unknown dark id", {{light, "github"}, {dark, "Dracula"}}, system, "github", "orvan"},
+        {"an unknown scheme", {{scheme, "sepia"}, {dark, "nord"}}, system, "orvan", "nord"},
+        {"a scheme in another case", {{scheme, "Light"}}, system, "orvan", "orvan"},
+        {"light scheme", {{scheme, "light"}}, Appearance::light, "orvan", "orvan"},
+        {"empty ids", {{light, ""}, {dark, ""}}, system, "orvan", "orvan"},
+        {"a hyphenated id", {{light, "tokyo-night"}}, system, "tokyo-night", "orvan"},
     };
     for (const auto& c : cases) {
         const auto settings = readFrom(c.stored);
@@ -249,8 +248,9 @@ TEST_F(Store, ACorruptOrMistypedFileReadsAsTheStandardSettings) {
         const fs::path path = folder / (std::string(what) + ".json");
         ASSERT_TRUE(Files::write(path, bytes)) << what;
         UserDefaults defaults(path);
-        const auto read = AppearanceSettings::read([&](const std::string& key) { return defaults.string(key); });
-        EXPECT_EQ(read, AppearanceSettings::standard()) << what;
+        EXPECT_EQ(AppearanceSettings::read([&](const std::string& key) { return defaults.string(key); }),
+                  AppearanceSettings::standard())
+            << what;
     }
 }
 
@@ -258,23 +258,21 @@ TEST(CodeSize, ClampsEveryKindOfValue) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double inf = std::numeric_limits<double>::infinity();
     const std::pair<std::optional<double>, int> cases[] = {
-        {std::nullopt, 13}, {nan, 13}, {inf, 13}, {-inf, 13}, {0.0, 13}, {-0.0, 13}, {-5.0, 13}, {0.4, 11}, {3.0, 11},
-        {10.49, 11}, {10.5, 11}, {11.0, 11}, {12.5, 13}, {12.49, 12}, {13.0, 13}, {23.6, 24}, {24.0, 24}, {24.4, 24},
-        {100.0, 24}, {1e300, 24}};
+        {std::nullopt, 13}, {nan, 13},   {inf, 13},  {-inf, 13},  {0.0, 13},  {-0.0, 13}, {-5.0, 13},
+        {0.4, 11},          {3.0, 11},   {10.49, 11}, {10.5, 11}, {11.0, 11}, {12.5, 13}, {12.49, 12},
+        {13.0, 13},         {23.6, 24},  {24.0, 24}, {24.4, 24},  {100.0, 24}, {1e300, 24}};
     for (const auto& [value, expected] : cases) {
         EXPECT_EQ(CodeSize::clamp(value), expected) << (value ? std::to_string(*value) : "absent");
         EXPECT_EQ(CodeSize::start(value), expected - 13);
     }
 }
 
-TEST(TextSizeStep, KeepsOnlyTheKnownSteps) {
+TEST(StoredTexts, RoundTripAndRejectStrangers) {
     for (auto step : TextSizeStep::all) EXPECT_EQ(TextSizeStep::clamp(step), std::string(step));
-    for (const char* other : {"huge", "", "Large", "large ", "xxxxLarge"}) EXPECT_EQ(TextSizeStep::clamp(other), std::nullopt) << other;
+    for (const char* other : {"huge", "", "Large", "large ", "xxxxLarge"})
+        EXPECT_EQ(TextSizeStep::clamp(other), std::nullopt) << other;
     EXPECT_EQ(TextSizeStep::clamp(std::nullopt), std::nullopt);
     EXPECT_EQ(TextSizeStep::clamp(TextSizeStep::standard), "large");
-}
-
-TEST(StoredTexts, RoundTripAndRejectStrangers) {
     for (Appearance a : Appearance::all()) EXPECT_EQ(Appearance::from(a.rawValue()), a);
     for (DiffColors d : DiffColors::all()) EXPECT_EQ(DiffColors::from(d.rawValue()), d);
     EXPECT_EQ(Appearance::from("System"), std::nullopt);
