@@ -3,23 +3,19 @@
 #include "ui/qt/ViewRenderer.h"
 
 #include <QAbstractButton>
-#include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QLabel>
-#include <QLayout>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QVBoxLayout>
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
-#include <string>
-#include <vector>
 
 using namespace orvan;
 using orvan::testing::pressKey;
@@ -28,16 +24,19 @@ using orvan::testing::typeText;
 
 namespace {
 
+template <class Case> std::string byName(const ::testing::TestParamInfo<Case>& info) {
+    return info.param.name;
+}
+
 class Renderer : public ::testing::Test {
 protected:
     void SetUp() override {
         orvan::testing::qtApp();
         window = std::make_unique<QWidget>();
-        auto* layout = new QVBoxLayout(window.get());
-        container = new QWidget(window.get());
-        layout->addWidget(container);
-        dispatcher = std::make_shared<ui::qt::ActionDispatcher>();
-        renderer = std::make_unique<ui::qt::ViewRenderer>(container, dispatcher);
+        auto* container = new QWidget(window.get());
+        (new QVBoxLayout(window.get()))->addWidget(container);
+        renderer =
+            std::make_unique<ui::qt::ViewRenderer>(container, std::make_shared<ui::qt::ActionDispatcher>());
         window->resize(600, 400);
         window->show();
         QApplication::setActiveWindow(window.get());
@@ -57,19 +56,17 @@ protected:
     }
 
     std::unique_ptr<QWidget> window;
-    QWidget* container = nullptr;
-    std::shared_ptr<ui::qt::ActionDispatcher> dispatcher;
     std::unique_ptr<ui::qt::ViewRenderer> renderer;
 };
 
-// A rename row as the main window draws it, with a model that may lag behind the keyboard or
-// replace the draft on its own.
+// A rename row as the main window draws it, with a model that follows the keyboard, ignores it,
+// echoes its older drafts late one by one, or replaces the draft on its own ("" for no change).
+enum class Model { Follows, Ignores, EchoesLate };
 struct FieldCase {
     const char* name;
-    bool modelFollowsTyping; // the view state takes each on-change at once
-    std::string modelSetsTo; // after typing, the model replaces the draft ("" for no change)
+    Model model;
+    std::string setsTo;
     std::string expectText;
-    bool expectSelectionKept;
 };
 
 class FieldSurvives : public Renderer, public ::testing::WithParamInterface<FieldCase> {};
@@ -77,12 +74,14 @@ class FieldSurvives : public Renderer, public ::testing::WithParamInterface<Fiel
 TEST_P(FieldSurvives, ReRendersWhileTyping) {
     const FieldCase& c = GetParam();
     std::string draft = "Studio";
-    int changes = 0;
-    auto typed = [&](const std::string& text) { ++changes, draft = c.modelFollowsTyping ? text : draft; };
+    std::vector<std::string> echoes;
+    auto typed = [&](const std::string& text) {
+        echoes.push_back(text), draft = c.model == Model::Follows ? text : draft;
+    };
     auto view = [&] {
-        return ui::section("Name", {ui::row("", {ui::field("rename", "", draft, typed).placeholder("Name this Mac"),
-                                                 ui::button("Save", [] {}), ui::button("Cancel", [] {})}),
-                                    ui::text("Your iPhone uses this name.")});
+        return ui::section("Name",
+                           {ui::row("", {ui::field("rename", "", draft, typed).placeholder("Name this Mac"),
+                                         ui::button("Save", [] {}), ui::button("Cancel", [] {})})});
     };
     renderer->render(view());
     auto* edit = qobject_cast<QLineEdit*>(renderer->widgetForKey("rename"));
@@ -91,17 +90,20 @@ TEST_P(FieldSurvives, ReRendersWhileTyping) {
     ASSERT_TRUE(edit->hasFocus());
     edit->end(false);
     typeText(edit, " Mac");
-    EXPECT_EQ(changes, 4);
+    ASSERT_EQ(echoes.size(), 4u);
     edit->setSelection(2, 3);
 
-    if (!c.modelSetsTo.empty()) draft = c.modelSetsTo;
-    for (int poll = 0; poll < 5; ++poll) renderer->render(view());
+    if (!c.setsTo.empty()) draft = c.setsTo;
+    const auto drafts = c.model == Model::EchoesLate ? echoes : std::vector<std::string>(5, draft);
+    for (const auto& poll : drafts) {
+        draft = poll;
+        renderer->render(view());
+        EXPECT_EQ(edit->text().toStdString(), c.expectText) << "after rendering " << poll;
+    }
     settle();
-
     EXPECT_EQ(renderer->widgetForKey("rename"), edit) << "the field was rebuilt";
     EXPECT_TRUE(edit->hasFocus());
-    EXPECT_EQ(edit->text().toStdString(), c.expectText);
-    if (c.expectSelectionKept) {
+    if (c.setsTo.empty()) {
         EXPECT_EQ(edit->selectionStart(), 2);
         EXPECT_EQ(edit->selectedText(), QStringLiteral("udi"));
     }
@@ -109,29 +111,11 @@ TEST_P(FieldSurvives, ReRendersWhileTyping) {
 
 INSTANTIATE_TEST_SUITE_P(
     Models, FieldSurvives,
-    ::testing::Values(FieldCase{"ModelFollows", true, "", "Studio Mac", true}, FieldCase{"ModelLagsBehind", false, "", "Studio Mac", true},
-                      FieldCase{"ModelClearsTheDraft", true, "Office", "Office", false}),
-    [](const ::testing::TestParamInfo<FieldCase>& info) { return std::string(info.param.name); });
-
-// A model that lags shows its older drafts one by one while the user has already typed further;
-// none of those echoes may replace what is in the field.
-TEST_F(Renderer, LaggingEchoesDoNotRewindTheField) {
-    std::string draft;
-    std::vector<std::string> queued;
-    auto view = [&] { return ui::field("name", "Name", draft, [&](const std::string& t) { queued.push_back(t); }); };
-    renderer->render(view());
-    auto* edit = qobject_cast<QLineEdit*>(renderer->widgetForKey("name"));
-    ASSERT_NE(edit, nullptr);
-    edit->setFocus(Qt::OtherFocusReason);
-    typeText(edit, "abc");
-    ASSERT_EQ(queued.size(), 3u);
-    for (const auto& echo : queued) {
-        draft = echo;
-        renderer->render(view());
-        EXPECT_EQ(edit->text(), QStringLiteral("abc")) << "after the echo of " << echo;
-        EXPECT_EQ(edit->cursorPosition(), 3);
-    }
-}
+    ::testing::Values(FieldCase{"ModelFollows", Model::Follows, "", "Studio Mac"},
+                      FieldCase{"ModelLagsBehind", Model::Ignores, "", "Studio Mac"},
+                      FieldCase{"LaggingEchoesDoNotRewindIt", Model::EchoesLate, "", "Studio Mac"},
+                      FieldCase{"ModelClearsTheDraft", Model::Follows, "Office", "Office"}),
+    byName<FieldCase>);
 
 struct Reorder {
     const char* name;
@@ -151,7 +135,8 @@ TEST_P(KeyedRows, KeepTheirWidgets) {
     };
     renderer->render(view(c.before));
     std::map<std::string, QPointer<QWidget>> first;
-    for (const auto& id : c.before) first[id] = renderer->widgetForKey(id);
+    for (const auto& id : c.before)
+        first[id] = renderer->widgetForKey(id);
     renderer->render(view(c.after));
     settle();
 
@@ -159,10 +144,11 @@ TEST_P(KeyedRows, KeepTheirWidgets) {
         QWidget* now = renderer->widgetForKey(c.after[i]);
         ASSERT_NE(now, nullptr);
         if (first.count(c.after[i])) EXPECT_EQ(now, first[c.after[i]]) << c.after[i] << " was rebuilt";
-        EXPECT_EQ(now->parentWidget()->layout()->indexOf(now), static_cast<int>(i)) << c.after[i] << " stands in the wrong place";
+        EXPECT_EQ(now->parentWidget()->layout()->indexOf(now), static_cast<int>(i))
+            << c.after[i] << " misplaced";
         EXPECT_TRUE(now->isVisible());
-        ASSERT_NE(now->findChild<QLabel*>(), nullptr);
-        EXPECT_EQ(now->findChild<QLabel*>()->text().toStdString(), "Phone " + c.after[i]);
+        auto* label = now->findChild<QLabel*>();
+        EXPECT_EQ(label ? label->text().toStdString() : "", "Phone " + c.after[i]);
     }
     // Rows that left the tree are gone, not hidden somewhere.
     for (auto& [id, widget] : first) {
@@ -173,10 +159,12 @@ TEST_P(KeyedRows, KeepTheirWidgets) {
 
     // Tab moves through the rows in their new order.
     std::vector<QWidget*> buttons;
-    for (const auto& id : c.after) buttons.push_back(renderer->widgetForKey(id)->findChild<QPushButton*>());
+    for (const auto& id : c.after)
+        buttons.push_back(renderer->widgetForKey(id)->findChild<QPushButton*>());
     for (std::size_t i = 1; i < buttons.size(); ++i) {
         QWidget* next = buttons[i - 1]->nextInFocusChain();
-        while (next && !(next->focusPolicy() & Qt::TabFocus)) next = next->nextInFocusChain();
+        while (next && !(next->focusPolicy() & Qt::TabFocus))
+            next = next->nextInFocusChain();
         EXPECT_EQ(next, buttons[i]) << "after " << c.after[i - 1];
     }
 }
@@ -184,20 +172,27 @@ TEST_P(KeyedRows, KeepTheirWidgets) {
 INSTANTIATE_TEST_SUITE_P(Lists, KeyedRows,
                          ::testing::Values(Reorder{"Reversed", {"a", "b", "c"}, {"c", "b", "a"}},
                                            Reorder{"Rotated", {"a", "b", "c", "d"}, {"b", "c", "d", "a"}},
-                                           Reorder{"OneRemoved", {"a", "b", "c"}, {"a", "c"}}, Reorder{"OneAddedInFront", {"a", "b"}, {"z", "a", "b"}},
+                                           Reorder{"OneRemoved", {"a", "b", "c"}, {"a", "c"}},
+                                           Reorder{"OneAddedInFront", {"a", "b"}, {"z", "a", "b"}},
                                            Reorder{"Replaced", {"a", "b"}, {"x", "y"}}),
-                         [](const ::testing::TestParamInfo<Reorder>& info) { return std::string(info.param.name); });
+                         byName<Reorder>);
 
 TEST_F(Renderer, ButtonFollowsTheTreeAndCallsTheLatestClosure) {
     const struct {
         bool enabled;
         std::string help, title;
-    } states[] = {{true, "Looks for a newer version now.", "Check now"}, {false, "Busy checking.", "Check now"},
-                  {true, "", "Checking & more"}, {false, "", "Check now"}, {true, "", "Go"}};
+    } states[] = {{true, "Looks for a newer version now.", "Check now"},
+                  {false, "Busy checking.", "Check now"},
+                  {true, "", "Checking & more"},
+                  {false, "", "Check now"},
+                  {true, "", "Go"}};
     QPushButton* first = nullptr;
     std::vector<std::string> calls;
     for (const auto& s : states) {
-        renderer->render(ui::button(s.title, [&] { calls.push_back(s.title); }).enabled(s.enabled).help(s.help).key("check"));
+        renderer->render(ui::button(s.title, [&] { calls.push_back(s.title); })
+                             .enabled(s.enabled)
+                             .help(s.help)
+                             .key("check"));
         auto* button = qobject_cast<QPushButton*>(renderer->widgetForKey("check"));
         ASSERT_NE(button, nullptr);
         EXPECT_EQ(button, first = first ? first : button);
@@ -211,163 +206,150 @@ TEST_F(Renderer, ButtonFollowsTheTreeAndCallsTheLatestClosure) {
     EXPECT_EQ(calls, std::vector<std::string>{"Go"});
 }
 
-// The answer pressed, "Escape", or "" when the model moves on while the box is open.
-struct ConfirmCase {
+// A confirmation or a sheet, answered by the button pressed, "Escape", or "" when the model moves on
+// while it is open. Each answer is called once, the box closes with the model and opens again with it.
+struct ModalCase {
     const char* name;
+    bool sheet;
     std::string press;
     std::vector<std::string> expected;
 };
 
-class Confirmation : public Renderer, public ::testing::WithParamInterface<ConfirmCase> {};
+class Modal : public Renderer, public ::testing::WithParamInterface<ModalCase> {};
 
-TEST_P(Confirmation, ButtonsCallTheirClosures) {
-    const ConfirmCase& c = GetParam();
+TEST_P(Modal, AnswersCallTheirClosuresAndTheModelClosesIt) {
+    const ModalCase& c = GetParam();
     std::vector<std::string> calls;
     bool asking = true;
-    auto answer = [&](const char* what) { return [&, what] { calls.push_back(what); asking = false; }; };
-    auto view = [&] {
-        return ui::section("Phones", {ui::row("Ann's iPhone", {ui::button("Remove", [&] { asking = true; })}),
-                                      ui::when(asking, ui::confirmation("Remove this iPhone?", "It can join again with a new invite.",
-                                                                        {ui::button("Remove", answer("remove")).role(ui::Role::Destructive),
-                                                                         ui::button("Cancel", answer("cancel")).role(ui::Role::Cancel)}))});
+    auto answer = [&](const char* what) { return [&, what] { calls.push_back(what), asking = false; }; };
+    auto modal = [&] {
+        if (c.sheet)
+            return ui::sheet("Invite someone",
+                             {ui::text("Scan this code"), ui::button("Done", answer("done"))},
+                             answer("dismissed"));
+        return ui::confirmation("Remove this iPhone?", "It can join again with a new invite.",
+                                {ui::button("Remove", answer("remove")).role(ui::Role::Destructive),
+                                 ui::button("Cancel", answer("cancel")).role(ui::Role::Cancel)});
     };
+    auto view = [&] { return ui::section("Phones", {ui::text("Ann's iPhone"), ui::when(asking, modal())}); };
     renderer->render(view());
     renderer->render(view()); // a poll in between does not open a second box
     settle();
-    auto boxes = visible<QMessageBox>();
+    auto boxes = visible<QDialog>();
     ASSERT_EQ(boxes.size(), 1u);
-    EXPECT_EQ(boxes[0]->text(), QStringLiteral("Remove this iPhone?"));
-    EXPECT_EQ(boxes[0]->informativeText(), QStringLiteral("It can join again with a new invite."));
+    EXPECT_TRUE(boxes[0]->isModal() || boxes[0]->windowModality() != Qt::NonModal);
+    if (auto* message = qobject_cast<QMessageBox*>(boxes[0])) {
+        EXPECT_FALSE(c.sheet);
+        EXPECT_EQ(message->text(), QStringLiteral("Remove this iPhone?"));
+        EXPECT_EQ(message->informativeText(), QStringLiteral("It can join again with a new invite."));
+    } else {
+        EXPECT_TRUE(c.sheet);
+        EXPECT_EQ(boxes[0]->windowTitle(), QStringLiteral("Invite someone"));
+    }
     if (c.press == "Escape") pressKey(boxes[0], Qt::Key_Escape);
     if (c.press.empty()) asking = false;
-    for (auto* button : boxes[0]->buttons())
+    for (auto* button : boxes[0]->findChildren<QAbstractButton*>())
         if (button->text().toStdString() == c.press) button->click();
     settle();
     EXPECT_EQ(calls, c.expected);
     renderer->render(view());
     settle();
-    EXPECT_TRUE(visible<QMessageBox>().empty());
+    EXPECT_TRUE(visible<QDialog>().empty());
     EXPECT_EQ(calls, c.expected);
+
+    asking = true;
+    renderer->render(view());
+    settle();
+    EXPECT_EQ(visible<QDialog>().size(), 1u) << "it opens again when the model asks again";
 }
 
-INSTANTIATE_TEST_SUITE_P(Answers, Confirmation,
-                         ::testing::Values(ConfirmCase{"Remove", "Remove", {"remove"}}, ConfirmCase{"Cancel", "Cancel", {"cancel"}},
-                                           ConfirmCase{"Escape", "Escape", {"cancel"}}, ConfirmCase{"ModelMovesOn", "", {}}),
-                         [](const ::testing::TestParamInfo<ConfirmCase>& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Answers, Modal,
+                         ::testing::Values(ModalCase{"Remove", false, "Remove", {"remove"}},
+                                           ModalCase{"Cancel", false, "Cancel", {"cancel"}},
+                                           ModalCase{"Escape", false, "Escape", {"cancel"}},
+                                           ModalCase{"ModelMovesOn", false, "", {}},
+                                           ModalCase{"SheetDone", true, "Done", {"done"}},
+                                           ModalCase{"SheetModelMovesOn", true, "", {}},
+                                           ModalCase{"SheetEscape", true, "Escape", {"dismissed"}}),
+                         byName<ModalCase>);
 
-TEST_F(Renderer, SwitchReportsTheUsersChoiceAndFollowsTheModel) {
-    bool on = false;
-    std::vector<bool> asked;
-    bool modelAgrees = true;
-    auto view = [&] {
-        return ui::toggle("Remote control", on, [&](bool wanted) { asked.push_back(wanted), on = modelAgrees ? wanted : on; })
-            .key("remote");
-    };
-    renderer->render(view());
-    auto* box = qobject_cast<QCheckBox*>(renderer->widgetForKey("remote"));
-    ASSERT_NE(box, nullptr);
-    box->click();
-    renderer->render(view());
-    EXPECT_EQ(asked, std::vector<bool>{true});
-    EXPECT_TRUE(box->isChecked());
+// A switch (no style) or a picker: the user's choice is reported and shown until the next render,
+// which shows what the model holds, whether it took the choice or refused it.
+// Parameters: a switch, then the segmented, menu and radio pickers.
+class Choice : public Renderer, public ::testing::WithParamInterface<std::optional<ui::PickerStyle>> {};
 
-    modelAgrees = false;
-    box->click();
-    EXPECT_FALSE(box->isChecked()); // what the user did, until the tree says otherwise
-    renderer->render(view());
-    EXPECT_EQ(asked, (std::vector<bool>{true, false}));
-    EXPECT_TRUE(box->isChecked()) << "a refused switch must return to the model's state";
-}
-
-class Picker : public Renderer, public ::testing::WithParamInterface<ui::PickerStyle> {};
-
-TEST_P(Picker, ChoiceCallsWithItsValueAndSelectionFollows) {
+TEST_P(Choice, IsReportedAndTheControlFollowsTheModel) {
     std::string side = "left";
-    std::vector<std::string> chosen;
+    std::vector<std::string> asked;
+    bool modelAgrees = true;
+    auto report = [&](const std::string& value) {
+        asked.push_back(value), side = modelAgrees ? value : side;
+    };
     auto view = [&] {
-        return ui::picker("Sidebar", {{"Left", "left"}, {"Right", "right"}}, side,
-                          [&](const std::string& value) { chosen.push_back(value); })
+        if (!GetParam())
+            return ui::toggle("Remote control", side == "right",
+                              [&](bool on) { report(on ? "right" : "left"); })
+                .key("choice");
+        return ui::picker("Sidebar", {{"Left", "left"}, {"Right", "right"}}, side, report)
             .label("Tulm's sidebar")
-            .pickerAs(GetParam())
+            .pickerAs(*GetParam())
             .help("Which side of the Tulm desktop window its session sidebar sits on.")
-            .key("side");
+            .key("choice");
     };
     renderer->render(view());
-    QWidget* holder = renderer->widgetForKey("side");
+    QWidget* holder = renderer->widgetForKey("choice");
     ASSERT_NE(holder, nullptr);
+    auto* box = qobject_cast<QCheckBox*>(holder);
+    auto* combo = holder->findChild<QComboBox*>();
     auto current = [&]() -> std::string {
-        if (auto* combo = holder->findChild<QComboBox*>()) return combo->currentText().toStdString();
+        if (box) return box->isChecked() ? "Right" : "Left";
+        if (combo) return combo->currentText().toStdString();
         for (auto* option : holder->findChildren<QAbstractButton*>())
             if (option->isChecked()) return option->text().toStdString();
         return "";
     };
+    auto choose = [&](const QString& text) {
+        if (box) box->click();
+        if (combo)
+            combo->setCurrentIndex(combo->findText(text)), emit combo->activated(combo->currentIndex());
+        for (auto* option : holder->findChildren<QAbstractButton*>())
+            if (option->text() == text) option->click();
+    };
     EXPECT_EQ(current(), "Left");
-
-    if (auto* combo = holder->findChild<QComboBox*>()) combo->setCurrentIndex(1), emit combo->activated(1);
-    for (auto* option : holder->findChildren<QAbstractButton*>())
-        if (option->text() == QStringLiteral("Right")) option->click();
-    EXPECT_EQ(chosen, std::vector<std::string>{"right"});
-
-    side = "right";
+    choose("Right");
+    EXPECT_EQ(asked, std::vector<std::string>{"right"});
     renderer->render(view());
     EXPECT_EQ(current(), "Right");
-    EXPECT_EQ(renderer->widgetForKey("side"), holder);
+
+    modelAgrees = false;
+    choose("Left");
+    EXPECT_EQ(current(), "Left") << "what the user did, until the tree says otherwise";
+    renderer->render(view());
+    EXPECT_EQ(asked, (std::vector<std::string>{"right", "left"}));
+    EXPECT_EQ(current(), "Right") << "a refused choice must return to the model's state";
+    EXPECT_EQ(renderer->widgetForKey("choice"), holder);
 }
 
-INSTANTIATE_TEST_SUITE_P(Styles, Picker,
-                         ::testing::Values(ui::PickerStyle::Segmented, ui::PickerStyle::Menu, ui::PickerStyle::Radio));
+INSTANTIATE_TEST_SUITE_P(Controls, Choice,
+                         ::testing::Values(std::nullopt, ui::PickerStyle::Segmented, ui::PickerStyle::Menu,
+                                           ui::PickerStyle::Radio));
 
 TEST_F(Renderer, SecureTextReachesNoDescription) {
     const std::string secret = "sk-live-123456";
-    renderer->render(ui::section("Keys", {ui::secureField("key", "API key", secret, [](const std::string&) {})
-                                              .help("Paste the key")}));
+    renderer->render(ui::section("Keys", {ui::secureField("key", "API key", secret, [](const std::string&) {
+                                          }).help("Paste the key")}));
     auto* edit = qobject_cast<QLineEdit*>(renderer->widgetForKey("key"));
     ASSERT_NE(edit, nullptr);
     EXPECT_EQ(edit->echoMode(), QLineEdit::Password);
     EXPECT_NE(edit->displayText().toStdString(), secret);
     for (QWidget* widget : window->findChildren<QWidget*>()) {
-        for (const QString& words : {widget->toolTip(), widget->accessibleName(), widget->accessibleDescription(),
-                                     widget->windowTitle(), widget->statusTip(), widget->whatsThis()})
+        for (const QString& words :
+             {widget->toolTip(), widget->accessibleName(), widget->accessibleDescription(),
+              widget->windowTitle(), widget->statusTip(), widget->whatsThis()})
             EXPECT_FALSE(words.contains(QStringLiteral("sk-live"))) << widget->metaObject()->className();
-        if (auto* label = qobject_cast<QLabel*>(widget)) EXPECT_FALSE(label->text().contains(QStringLiteral("sk-live")));
+        if (auto* label = qobject_cast<QLabel*>(widget))
+            EXPECT_FALSE(label->text().contains(QStringLiteral("sk-live")));
     }
-}
-
-TEST_F(Renderer, SheetIsModalAndEscapeDismissesIt) {
-    bool showing = true;
-    int dismissed = 0;
-    auto view = [&] {
-        return ui::vstack({ui::text("Phones"), ui::when(showing, ui::sheet("Invite someone",
-                                                                            {ui::text("Scan this code"), ui::button("Done", [&] { showing = false; })},
-                                                                            [&] { ++dismissed, showing = false; }))});
-    };
-    renderer->render(view());
-    settle();
-    auto dialogs = visible<QDialog>();
-    ASSERT_EQ(dialogs.size(), 1u);
-    QDialog* sheet = dialogs[0];
-    EXPECT_TRUE(sheet->isModal() || sheet->windowModality() != Qt::NonModal);
-    EXPECT_EQ(sheet->windowTitle(), QStringLiteral("Invite someone"));
-    ASSERT_NE(sheet->findChild<QPushButton*>(), nullptr);
-    EXPECT_EQ(sheet->findChild<QPushButton*>()->text(), QStringLiteral("Done"));
-
-    pressKey(sheet, Qt::Key_Escape);
-    settle();
-    EXPECT_EQ(dismissed, 1);
-    renderer->render(view());
-    settle();
-    EXPECT_TRUE(visible<QDialog>().empty());
-
-    // Closed by the model (its own button), the sheet goes without a dismissal.
-    showing = true;
-    renderer->render(view());
-    settle();
-    ASSERT_EQ(visible<QDialog>().size(), 1u);
-    visible<QDialog>()[0]->findChild<QPushButton*>()->click();
-    renderer->render(view());
-    settle();
-    EXPECT_TRUE(visible<QDialog>().empty());
-    EXPECT_EQ(dismissed, 1);
 }
 
 // A closure that arrives while a render pass runs waits for the pass to end.
@@ -387,7 +369,8 @@ TEST(ActionDispatcher, HoldsActionsUntilTheRenderEnds) {
 TEST_F(Renderer, KindChangeRebuildsButUnkeyedSiblingsStay) {
     bool busy = false;
     auto view = [&] {
-        return ui::vstack({ui::text("Updates"), busy ? ui::spinner("Checking") : ui::button("Check now", [] {}),
+        return ui::vstack({ui::text("Updates"),
+                           busy ? ui::spinner("Checking") : ui::button("Check now", [] {}),
                            ui::text("A newer release asks on its own.")});
     };
     renderer->render(view());
