@@ -12,7 +12,9 @@ using TimePoint = std::chrono::system_clock::time_point;
 using Duration = std::chrono::milliseconds;
 
 // The earliest point any schedule can name; the start of every "not before" field.
-inline constexpr TimePoint distantPast() { return TimePoint{} - std::chrono::hours(24 * 365 * 2000); }
+// Two centuries before 1970: far enough for any schedule, near enough that nanosecond arithmetic
+// on it can't overflow.
+inline constexpr TimePoint distantPast() { return TimePoint{} - std::chrono::hours(24 * 365 * 200); }
 
 namespace AccountWords {
 // Reads every point in time the bridge sends: RFC 3339 without, then with, fractional seconds,

@@ -45,6 +45,9 @@ TEST(FakeClockTest, SleepsBegunWhileAdvancingJoinTheSameWalk) {
     EXPECT_EQ(at, (std::vector<double>{2, 4, 6}));
     EXPECT_TRUE(clock.step());
     EXPECT_EQ(at.back(), 8);
+    clock.advance(2s); // the last round, so no sleeper outlives the test
+    EXPECT_EQ(at.size(), 5u);
+    EXPECT_EQ(clock.sleepers(), 0u);
 }
 
 TEST(CancelTest, CancelWakesASleeperAtOnceAndLaterSleepsReturnFalse) {

@@ -81,6 +81,17 @@ QLabel* wrappingLabel(QWidget* parent) {
     return label;
 }
 
+// A control with its title on one line: the holder, its row layout, and the title label in it.
+std::pair<QWidget*, QHBoxLayout*> titledLine(QWidget* parent, QLabel*& title) {
+    auto* holder = new QWidget(parent);
+    auto* line = new QHBoxLayout(holder);
+    line->setContentsMargins(0, 0, 0, 0);
+    line->setSpacing(8);
+    title = wrappingLabel(holder);
+    title->setWordWrap(false);
+    return {holder, line};
+}
+
 void applyStyle(QWidget* widget, TextStyle style) {
     QFont font = QApplication::font();
     switch (style) {
@@ -412,12 +423,7 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
         break;
     }
     case Kind::Picker: {
-        auto* holder = new QWidget(parent);
-        auto* line = new QHBoxLayout(holder);
-        line->setContentsMargins(0, 0, 0, 0);
-        line->setSpacing(8);
-        m->titleLabel = wrappingLabel(holder);
-        m->titleLabel->setWordWrap(false);
+        auto [holder, line] = titledLine(parent, m->titleLabel);
         line->addWidget(m->titleLabel);
         m->widget = holder;
         m->choices.clear();
@@ -427,12 +433,7 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
     }
     case Kind::Field:
     case Kind::SecureField: {
-        auto* holder = new QWidget(parent);
-        auto* line = new QHBoxLayout(holder);
-        line->setContentsMargins(0, 0, 0, 0);
-        line->setSpacing(8);
-        m->titleLabel = wrappingLabel(holder);
-        m->titleLabel->setWordWrap(false);
+        auto [holder, line] = titledLine(parent, m->titleLabel);
         auto* edit = new QLineEdit(holder);
         edit->setObjectName(qs(node.identity));
         if (node.kind == Kind::SecureField) {
@@ -462,12 +463,7 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
     }
     case Kind::Progress:
     case Kind::Spinner: {
-        auto* holder = new QWidget(parent);
-        auto* line = new QHBoxLayout(holder);
-        line->setContentsMargins(0, 0, 0, 0);
-        line->setSpacing(8);
-        m->titleLabel = wrappingLabel(holder);
-        m->titleLabel->setWordWrap(false);
+        auto [holder, line] = titledLine(parent, m->titleLabel);
         auto* bar = new QProgressBar(holder);
         bar->setTextVisible(false);
         if (node.kind == Kind::Spinner) {
