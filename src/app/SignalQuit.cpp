@@ -1,5 +1,6 @@
 #include "app/SignalQuit.h"
 
+#include <QCoreApplication>
 #include <QSocketNotifier>
 #include <csignal>
 #include <fcntl.h>
@@ -18,7 +19,8 @@ void onSignal(int) {
 
 void quitOnSignals(std::function<void()> quit) {
     if (::pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0) return;
-    auto* notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read);
+    // Owned by the application, so it goes with it.
+    auto* notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, QCoreApplication::instance());
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [quit = std::move(quit)] {
         char buffer[16];
         while (::read(pipeEnds[0], buffer, sizeof buffer) > 0) {

@@ -39,7 +39,7 @@ Cells cellsOf(const std::string& line) {
 
 // Each table by the first cells of its header, as lists of rows; the header is row 0.
 std::map<std::string, std::vector<Cells>> readTables() {
-    const auto file = std::filesystem::path(__FILE__).parent_path() / "../../src/appearance/palettes.md";
+    const auto file = std::filesystem::path(ORVAN_SOURCE_DIR) / "src/appearance/palettes.md";
     std::ifstream in(file);
     std::map<std::string, std::vector<Cells>> tables;
     std::vector<Cells>* current = nullptr;
