@@ -87,8 +87,12 @@ std::optional<TimePoint> internetDateTime(std::string_view text, bool fractional
     if (!c.atEnd()) return std::nullopt;
 
     sys_days day = year{y} / month{static_cast<unsigned>(mo)} / std::chrono::day{static_cast<unsigned>(d)};
-    auto at = sys_time<nanoseconds>(day) + hours(h) + minutes(mi) + seconds(sec) + fraction - offset;
-    return time_point_cast<system_clock::duration>(at);
+    sys_seconds at = sys_seconds(day) + hours(h) + minutes(mi) + seconds(sec) - offset;
+    // A point in time is kept in nanoseconds, which reach about 292 years either side of 1970; a
+    // date beyond that can't be held, so it reads as no date at all.
+    constexpr auto reach = duration_cast<seconds>(system_clock::duration::max()) - seconds(1);
+    if (at.time_since_epoch() > reach || at.time_since_epoch() < -reach) return std::nullopt;
+    return time_point_cast<system_clock::duration>(at) + duration_cast<system_clock::duration>(fraction);
 }
 
 // Removes every "." followed by one or more decimal digits (any script's), as a pattern "\.\d+" would.

@@ -5,7 +5,9 @@
 namespace orvan {
 
 std::string GuestWords::ends(TimePoint date, TimePoint now) {
-    double r = std::chrono::duration<double>(date - now).count();
+    // In seconds as doubles: two far-apart points can be further apart than nanoseconds can count.
+    using Seconds = std::chrono::duration<double>;
+    double r = Seconds(date.time_since_epoch()).count() - Seconds(now.time_since_epoch()).count();
     if (r <= 0) return ended;
     auto counted = [](long n, const char* unit) {
         return "ends in " + std::to_string(n) + " " + unit + (n == 1 ? "" : "s");

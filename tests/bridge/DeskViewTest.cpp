@@ -184,6 +184,15 @@ INSTANTIATE_TEST_SUITE_P(
                     EndCase{86399s, "ends in 1 day"}, EndCase{30h, "ends in 1 day"}, EndCase{36h, "ends in 2 days"},
                     EndCase{240h, "ends in 10 days"}));
 
+TEST(GuestEndsFarAway, PointsCenturiesApartDoNotOverflow) {
+    auto now = test::FakeClock::defaultStart();
+    auto old = AccountWords::date("1700-01-01T00:00:00Z");
+    auto late = AccountWords::date("2250-01-01T00:00:00Z");
+    ASSERT_TRUE(old && late);
+    EXPECT_EQ(GuestWords::ends(*old, now), "ended");
+    EXPECT_EQ(GuestWords::ends(*late, now).rfind("ends in ", 0), 0u);
+}
+
 TEST(Versions, LabelShowsTheBuildOnlyWhenItSaysMore) {
     EXPECT_EQ(CompanionVersion::label("1.2", "45"), "Version 1.2 (45)");
     EXPECT_EQ(CompanionVersion::label("1.2", "1.2"), "Version 1.2");

@@ -39,7 +39,10 @@ INSTANTIATE_TEST_SUITE_P(
                     DateCase{"2026-11-22 19:50:00Z", std::nullopt}, DateCase{"2025-02-29T00:00:00Z", std::nullopt},
                     DateCase{"2026-13-01T00:00:00Z", std::nullopt}, DateCase{"2026-11-22T24:00:00Z", std::nullopt},
                     DateCase{"2026-11-22T19:50:00.Z", std::nullopt},
-                    DateCase{"2026-11-22T19:50:00Z ", std::nullopt}));
+                    DateCase{"2026-11-22T19:50:00Z ", std::nullopt},
+                    // Beyond what a point in time can hold: no date, and no overflow on the way.
+                    DateCase{"0000-01-01T00:00:00Z", std::nullopt}, DateCase{"9999-12-31T23:59:59Z", std::nullopt},
+                    DateCase{"1700-01-01T00:00:00Z", utc(1700, 1, 1, 0, 0, 0)}));
 
 TEST(RFC3339, WholeSecondsInUtc) {
     EXPECT_EQ(RFC3339::string(utc(2026, 11, 22, 19, 50, 7, 999)), "2026-11-22T19:50:07Z");
