@@ -6,6 +6,8 @@
 #include "platform/LoginItem.h"
 #include "foundation/UserDefaults.h"
 
+#include "fakes/TempFolder.h"
+
 #include <gtest/gtest.h>
 
 namespace orvan {
@@ -36,11 +38,6 @@ struct FakeLoginItem final : LoginItem {
 
 class BridgeLoginTest : public testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/orvan-login-XXXXXX";
-        root_ = ::mkdtemp(pattern);
-    }
-    void TearDown() override { fs::remove_all(root_); }
 
     // A fresh model over a fresh settings folder, as a new launch would have.
     std::unique_ptr<Bridge> bridge(const std::string& folder, LoginItem* item) {
@@ -54,7 +51,8 @@ protected:
         return UserDefaults(UserDefaults::fileOf(Carryover::bundle, env)).value(Carryover::loginSettledKey);
     }
 
-    fs::path root_;
+    test::TempFolder temp_;
+    fs::path root_ = temp_.path();
     test::FakeClock clock_;
     test::FakeBridge api_{clock_};
     test::FakeProcesses processes_;

@@ -2,6 +2,7 @@
 #include "fakes/FakeBridge.h"
 #include "fakes/FakeClock.h"
 #include "fakes/FakeProcesses.h"
+#include "fakes/TempFolder.h"
 #include "foundation/Files.h"
 
 #include <gtest/gtest.h>
@@ -21,8 +22,6 @@ const char* kStatus = R"({"name":"Studio","on":true,"line":"Ready for your phone
 class BridgeTest : public testing::Test {
 protected:
     void SetUp() override {
-        char pattern[] = "/tmp/orvan-bridge-XXXXXX";
-        root_ = ::mkdtemp(pattern);
         bundled_ = root_ / "bundle" / "orvan";
         Files::write(bundled_, "#!/bin/sh\n");
         ::chmod(bundled_.c_str(), 0755);
@@ -31,10 +30,7 @@ protected:
                               {"PATH", "/usr/bin:/bin"}, {"LANG", "C.UTF-8"}};
         setup_.bundled = {bundled_};
     }
-    void TearDown() override {
-        bridge_.reset();
-        std::filesystem::remove_all(root_);
-    }
+    void TearDown() override { bridge_.reset(); }
     Bridge& bridge() {
         if (!bridge_) bridge_ = std::make_unique<Bridge>(api_, clock_, processes_, setup_);
         return *bridge_;
@@ -55,7 +51,8 @@ protected:
         ASSERT_TRUE(started.done());
     }
 
-    std::filesystem::path root_;
+    test::TempFolder temp_;
+    std::filesystem::path root_ = temp_.path();
     std::filesystem::path bundled_;
     BridgeSetup setup_;
     FakeClock clock_;

@@ -1,6 +1,8 @@
 #include "bridge/Carryover.h"
 #include "foundation/Files.h"
 
+#include "fakes/TempFolder.h"
+
 #include <gtest/gtest.h>
 #include <map>
 #include <set>
@@ -13,16 +15,7 @@ namespace fs = std::filesystem;
 
 class CarryoverTest : public testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/orvan-carryover-XXXXXX";
-        root_ = ::mkdtemp(pattern);
-        env_ = {{"HOME", root_.string()}, {"XDG_CONFIG_HOME", (root_ / "config").string()}};
-    }
-    void TearDown() override {
-        std::error_code ec;
-        fs::permissions(root_, fs::perms::owner_all, ec);
-        fs::remove_all(root_, ec);
-    }
+    void SetUp() override { env_ = {{"HOME", root_.string()}, {"XDG_CONFIG_HOME", (root_ / "config").string()}}; }
 
     // Everything under the root, links not followed: path -> "dir", "file:<bytes>" or "link:<target>".
     std::map<std::string, std::string> tree() const {
@@ -40,7 +33,8 @@ protected:
     // The domain as a later launch would find it on disk, not as this process's shared store holds it.
     Json onDisk(const std::string& name) const { return UserDefaults(domainFile(name)).all(); }
 
-    fs::path root_;
+    test::TempFolder temp_;
+    fs::path root_ = temp_.path();
     Environment env_;
 };
 

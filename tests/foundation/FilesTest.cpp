@@ -3,6 +3,8 @@
 #include "foundation/PathPart.h"
 #include "foundation/UserDefaults.h"
 
+#include "fakes/TempFolder.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -13,16 +15,8 @@ namespace fs = std::filesystem;
 
 class TempFolder : public testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/orvan-test-XXXXXX";
-        root_ = ::mkdtemp(pattern);
-    }
-    void TearDown() override {
-        std::error_code ec;
-        fs::permissions(root_, fs::perms::owner_all, ec);
-        fs::remove_all(root_, ec);
-    }
-    fs::path root_;
+    test::TempFolder temp_;
+    fs::path root_ = temp_.path();
 };
 
 using FilesTest = TempFolder;

@@ -63,16 +63,7 @@ bool healthzAnswers(int port) {
     return res && res->status == 200;
 }
 
-TempHome::TempHome() {
-    char pattern[] = "/tmp/orvan-it-XXXXXX";
-    root = ::mkdtemp(pattern);
-    std::filesystem::create_directories(data());
-}
-
-TempHome::~TempHome() {
-    std::error_code ec;
-    std::filesystem::remove_all(root, ec);
-}
+TempHome::TempHome() { std::filesystem::create_directories(data()); }
 
 Environment TempHome::environment() const {
     Environment env = Carryover::processEnvironment();

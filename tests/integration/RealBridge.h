@@ -2,6 +2,7 @@
 // Helpers for tests that run the real pieces: the simulator as a child on an ephemeral port in a
 // temporary home, the Qt transport and clock, and waits on a real event loop with a deadline.
 
+#include "fakes/TempFolder.h"
 #include "foundation/Async.h"
 #include "foundation/Carryover.h"
 
@@ -31,8 +32,8 @@ bool healthzAnswers(int port);
 // A temporary home with a data folder, removed at the end.
 struct TempHome {
     TempHome();
-    ~TempHome();
-    std::filesystem::path root;
+    TempFolder folder;
+    std::filesystem::path root = folder.path();
     std::filesystem::path data() const { return root / "data"; }
     Environment environment() const;
 };

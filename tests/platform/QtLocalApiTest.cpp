@@ -1,5 +1,6 @@
 // The transport against a real HTTP server on an ephemeral loopback port.
 #include "bridge/LocalRequest.h"
+#include "fakes/TempFolder.h"
 #include "foundation/Files.h"
 #include "platform/linux/QtLocalApi.h"
 
@@ -104,8 +105,8 @@ protected:
 };
 
 TEST_F(LocalApiTest, KeyComesTrimmedFromTheFirstFolderThatIsSet) {
-    char pattern[] = "/tmp/orvan-key-XXXXXX";
-    std::filesystem::path root = ::mkdtemp(pattern);
+    test::TempFolder temp;
+    const std::filesystem::path& root = temp.path();
     ASSERT_TRUE(Files::write(root / "new" / "local.key", "new-key\n"));
     ASSERT_TRUE(Files::write(root / "old" / "local.key", "  old-key \r\n"));
     ASSERT_TRUE(Files::write(root / "home" / ".local/share/Orvan" / "local.key", "home-key"));
@@ -126,7 +127,6 @@ TEST_F(LocalApiTest, KeyComesTrimmedFromTheFirstFolderThatIsSet) {
         EXPECT_EQ(seen_.hadKey, !c.key.empty()); // the server drops a header with an empty value
         EXPECT_EQ(seen_.key, c.key);
     }
-    std::filesystem::remove_all(root);
 }
 
 TEST_F(LocalApiTest, BodyMakesAPostWithJsonAndNoBodyAGetWithoutContentType) {

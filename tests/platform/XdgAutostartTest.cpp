@@ -1,6 +1,8 @@
 #include "platform/linux/XdgAutostart.h"
 #include "foundation/Files.h"
 
+#include "fakes/TempFolder.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -15,11 +17,6 @@ const char* kEntry = "com.quillmere.orvan.companion.desktop";
 
 class XdgAutostartTest : public testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/orvan-autostart-XXXXXX";
-        root_ = ::mkdtemp(pattern);
-    }
-    void TearDown() override { fs::remove_all(root_); }
 
     XdgAutostart item(fs::path executable = kProgram, std::vector<std::string> arguments = {}) const {
         return XdgAutostart({{"HOME", root_.string()}}, std::move(executable), std::move(arguments));
@@ -34,7 +31,8 @@ protected:
         return text.substr(at, text.find('\n', at) - at);
     }
 
-    fs::path root_;
+    test::TempFolder temp_;
+    fs::path root_ = temp_.path();
 };
 
 TEST_F(XdgAutostartTest, RegisteringWritesAPrivateEntryWhereTheEnvironmentSaysAndUnregisteringRemovesIt) {
