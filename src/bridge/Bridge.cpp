@@ -32,7 +32,8 @@ Bridge::~Bridge() {
 }
 
 Task<HttpAnswer> Bridge::send(std::string path, std::optional<Json> body, Duration timeout) {
-    co_return co_await api_.send(LocalRequest::make(std::move(path), std::move(body), timeout, setup_.environment));
+    HttpAnswer answer = co_await LocalRequest::send(api_, std::move(path), std::move(body), timeout, setup_.environment);
+    co_return answer;
 }
 
 Task<bool> Bridge::healthy() {

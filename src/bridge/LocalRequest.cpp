@@ -47,8 +47,10 @@ std::optional<std::string> message(std::string_view body) {
     return answer->message;
 }
 
-Task<HttpAnswer> send(LocalApi& api, std::string path, std::optional<Json> body, Duration timeout) {
-    co_return co_await api.send(make(std::move(path), std::move(body), timeout));
+Task<HttpAnswer> send(LocalApi& api, std::string path, std::optional<Json> body, Duration timeout,
+                      const Environment& environment) {
+    HttpRequest request = make(std::move(path), std::move(body), timeout, environment);
+    co_return co_await api.send(std::move(request));
 }
 
 HttpRequest health() {

@@ -26,9 +26,10 @@ bool ok(const std::optional<HttpAnswer>& answer);
 // The bridge's own sentence from a failure body: a JSON object's non-empty text `message`.
 std::optional<std::string> message(std::string_view body);
 
-// The one way a request goes out.
-Task<HttpAnswer> send(LocalApi& api, std::string path, std::optional<Json> body = std::nullopt,
-                      Duration timeout = defaultTimeout);
+// The one way a request goes out. The request is built before the first wait, so `environment`
+// need only live for the call.
+Task<HttpAnswer> send(LocalApi& api, std::string path, std::optional<Json> body, Duration timeout,
+                      const Environment& environment);
 
 // The only request without the key: is a bridge answering?
 HttpRequest health();
