@@ -30,10 +30,22 @@ std::string text(std::string_view input, std::size_t max);
 using Groups = std::vector<icu::UnicodeString>;
 using RuleFunction = icu::UnicodeString (*)(const Groups& groups);
 
+// Where the engine need try a rule, for rules whose every-position scan could cost time in
+// proportion to the square of the line. `at` is the first position from `from` where a match can
+// begin (-1: none can); if the match fails there, none can begin before `resume` either.
+struct Try {
+    int32_t at = -1;
+    int32_t resume = 0;
+};
+using Starts = Try (*)(const icu::UnicodeString& text, int32_t from);
+// The scanner for rule `number` (from 1), or nothing where the engine's own scan is cheap.
+Starts startsFor(int number);
+
 struct Rule {
     const icu::RegexPattern* re = nullptr;
     icu::UnicodeString with;     // replacement template; empty when `fn` is set
     RuleFunction fn = nullptr;
+    Starts starts = nullptr;
 };
 
 // The 32 rules in the order they run, compiled on first use.
@@ -46,6 +58,9 @@ std::string ascii(std::string_view pattern);
 // One rule over a text: every match, left to right. Absent when the engine ran out of time;
 // redaction then fails closed and the line is not read.
 std::optional<icu::UnicodeString> replace(const Rule& rule, const icu::UnicodeString& in);
+// The same with the engine trying every position, as the pattern alone would have it: what the
+// scanners are held against.
+std::optional<icu::UnicodeString> replaceEverywhere(const Rule& rule, const icu::UnicodeString& in);
 
 // All rules, and once more over a copy with every white-space character made a plain space.
 // Absent when any rule ran out of time.

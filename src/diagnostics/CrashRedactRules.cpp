@@ -4,6 +4,7 @@
 
 #include "diagnostics/CrashRedact.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <array>
 #include <cctype>
@@ -127,7 +128,8 @@ const Compiled& compiled() {
                              u_errorName(status));
                 std::abort();
             }
-            c.rules.push_back(Rule{re.get(), icu::UnicodeString(row.with), row.fn});
+            const int number = static_cast<int>(c.rules.size()) + 1;
+            c.rules.push_back(Rule{re.get(), icu::UnicodeString(row.with), row.fn, startsFor(number)});
             c.patterns.push_back(std::move(re));
         }
         return c;
@@ -239,6 +241,23 @@ bool mayMatch(std::size_t index, const icu::UnicodeString& t) {
     }
 }
 
+// A template for the match the matcher holds: $n is group n, and a group that took no part gives
+// nothing. The templates hold no other escapes.
+icu::UnicodeString expand(const icu::UnicodeString& with, icu::RegexMatcher& m, UErrorCode& status) {
+    icu::UnicodeString out;
+    for (int32_t i = 0; i < with.length(); ++i) {
+        const char16_t c = with.charAt(i);
+        const char16_t next = i + 1 < with.length() ? with.charAt(i + 1) : u'\0';
+        if (c == u'$' && next >= u'0' && next <= u'9') {
+            out.append(m.group(next - u'0', status));
+            ++i;
+        } else {
+            out.append(c);
+        }
+    }
+    return out;
+}
+
 std::optional<icu::UnicodeString> runAll(const icu::UnicodeString& text) {
     icu::UnicodeString current = text;
     const auto& list = rules();
@@ -290,12 +309,64 @@ std::string ascii(std::string_view pattern) {
 std::optional<icu::UnicodeString> replace(const Rule& rule, const icu::UnicodeString& in) {
     icu::RegexMatcher* m = matcherFor(rule);
     if (!m) return std::nullopt;
+    UErrorCode status = U_ZERO_ERROR;
+    icu::UnicodeString out;
+    Groups groups;
+    int32_t last = 0;
+    auto take = [&]() -> bool {
+        const int32_t start = m->start(status);
+        const int32_t end = m->end(status);
+        if (U_FAILURE(status)) return false;
+        out.append(in, last, start - last);
+        if (rule.fn) {
+            groups.clear();
+            for (int32_t g = 0; g <= m->groupCount(); ++g) groups.push_back(m->group(g, status));
+            out.append(rule.fn(groups));
+        } else {
+            out.append(expand(rule.with, *m, status));
+        }
+        last = end;
+        return U_SUCCESS(status);
+    };
+    m->reset(in);
+    if (!rule.starts) {
+        for (;;) {
+            const bool found = m->find(status);
+            if (U_FAILURE(status)) return std::nullopt; // out of time: fail closed
+            if (!found) break;
+            if (!take()) return std::nullopt;
+        }
+    } else {
+        for (int32_t from = 0; from <= in.length();) {
+            Try next = rule.starts(in, from);
+            if (next.at < 0) break;
+            // Scanners read code units; the engine reads whole characters, so a try that lands
+            // between the two halves of one starts at its first half.
+            if (next.at > from && U16_IS_TRAIL(in.charAt(next.at)) && U16_IS_LEAD(in.charAt(next.at - 1))) --next.at;
+            const bool found = m->lookingAt(next.at, status);
+            if (U_FAILURE(status)) return std::nullopt;
+            if (!found) {
+                from = std::max(next.resume, next.at + 1);
+                continue;
+            }
+            if (!take()) return std::nullopt;
+            const int32_t end = m->end(status);
+            from = end > next.at ? end : next.at + 1;
+        }
+    }
+    out.append(in, last, in.length() - last);
+    return out;
+}
+
+std::optional<icu::UnicodeString> replaceEverywhere(const Rule& rule, const icu::UnicodeString& in) {
+    icu::RegexMatcher* m = matcherFor(rule);
+    if (!m) return std::nullopt;
     m->reset(in);
     UErrorCode status = U_ZERO_ERROR;
+    icu::UnicodeString out;
     if (!rule.fn) {
-        // The engine's own replaceAll swallows a time-out and returns what it had so far, which
-        // would pass the rest of the line unredacted; driving the matches here sees the time-out.
-        icu::UnicodeString out;
+        // The engine's own template expansion, so that it checks the one above. (Its replaceAll
+        // would swallow a time-out and return what it had so far.)
         while (m->find(status) && U_SUCCESS(status)) {
             m->appendReplacement(out, rule.with, status);
             if (U_FAILURE(status)) return std::nullopt;
@@ -304,7 +375,6 @@ std::optional<icu::UnicodeString> replace(const Rule& rule, const icu::UnicodeSt
         m->appendTail(out);
         return out;
     }
-    icu::UnicodeString out;
     int32_t last = 0;
     Groups groups;
     while (m->find(status) && U_SUCCESS(status)) {
