@@ -6,6 +6,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace {
@@ -33,8 +35,8 @@ std::string logTail() {
     return upTo4KiB(text);
 }
 
-// Lines of 500 bytes that nearly match many rules at once: long word runs (which make the mail,
-// URL and command rules scan and back off from every start), key words, colons and at signs.
+// Lines of 500 bytes that nearly match many rules at once: long word runs (which once made the
+// mail, URL and command rules scan and back off from every start), key words, colons and at signs.
 std::string worst() {
     std::string line;
     while (line.size() < 500) line += "tokenkey" + std::string(40, 'a') + ".b-c";
@@ -43,6 +45,27 @@ std::string worst() {
     std::string text;
     while (text.size() < 4096) text += line + "\n";
     return upTo4KiB(text);
+}
+
+// The slowest lines the hunting tool (bench/hunt) found: dense with near-matches for every rule,
+// most with an invisible character between words and a non-breaking space, so that a line may be
+// redacted up to four times over. Eight of them fill the 4,096 bytes that are read.
+std::string hunted(const char* name) {
+    std::ifstream in(std::string(ORVAN_SOURCE_DIR) + "/fuzz/corpus/fuzz_crash_redact_starts/" + name, std::ios::binary);
+    std::string line((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::string text;
+    for (int i = 0; i < 8; ++i) text += line + "\n";
+    return text;
+}
+
+// JSON lines whose values are long phrases: every line is read, every value is scanned.
+std::string jsonLog() {
+    std::string line = R"({"level":"error","message":")";
+    while (line.size() < 480) line += "could not reach the update server, will retry ";
+    line += R"(","code":"E42"})";
+    std::string text;
+    while (text.size() + line.size() < 4096) text += line + "\n";
+    return text;
 }
 
 std::string nonLatin() {
@@ -64,6 +87,10 @@ void run(benchmark::State& state, const std::string& input) {
 void TextLogTail(benchmark::State& state) { run(state, logTail()); }
 void TextWorst(benchmark::State& state) { run(state, worst()); }
 void TextNonLatin(benchmark::State& state) { run(state, nonLatin()); }
+void TextHuntedA(benchmark::State& state) { run(state, hunted("hunted-a.txt")); }
+void TextHuntedB(benchmark::State& state) { run(state, hunted("hunted-b.txt")); }
+void TextHuntedC(benchmark::State& state) { run(state, hunted("hunted-c.txt")); }
+void TextJsonLog(benchmark::State& state) { run(state, jsonLog()); }
 
 // 10 MB of nesting that goes far past the guard, with strings holding brackets.
 void ShallowDeep(benchmark::State& state) {
@@ -105,5 +132,9 @@ void MakeReport(benchmark::State& state) {
 BENCHMARK(TextLogTail)->Unit(benchmark::kMicrosecond);
 BENCHMARK(TextWorst)->Unit(benchmark::kMicrosecond);
 BENCHMARK(TextNonLatin)->Unit(benchmark::kMicrosecond);
+BENCHMARK(TextHuntedA)->Unit(benchmark::kMicrosecond);
+BENCHMARK(TextHuntedB)->Unit(benchmark::kMicrosecond);
+BENCHMARK(TextHuntedC)->Unit(benchmark::kMicrosecond);
+BENCHMARK(TextJsonLog)->Unit(benchmark::kMicrosecond);
 BENCHMARK(ShallowDeep)->Unit(benchmark::kMillisecond);
 BENCHMARK(MakeReport)->Unit(benchmark::kMicrosecond);

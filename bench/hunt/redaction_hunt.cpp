@@ -94,6 +94,8 @@ template <class Measure> Found hunt(Measure measure, double seconds, unsigned se
         std::string line = (best.line.empty() || rng() % 4 == 0) ? randomLine(rng) : mutate(best.line, rng);
         bool timedOut = false;
         double us = measure(line, timedOut);
+        // A slow reading may be the machine, not the line: it must hold on a second look.
+        if (us > best.us) us = std::min(us, measure(line, timedOut));
         if (us > best.us) best = {line, us, timedOut};
     }
     return best;

@@ -128,15 +128,16 @@ icu::UnicodeString toUnicode(std::string_view text) {
 
 // One raw line, read: its redacted form, or "<line>" when it cannot be trusted.
 std::string readLine(const std::string& line) {
-    auto r = redactClean(toUnicode(redactLine(line, false)));
-    if (!r) return "<line>";
     if (invisibleBetweenText(line)) {
+        // Redaction that finds something once the invisible character is a space means it was
+        // hiding a word boundary; neither form can be trusted then. Asked first, so that such a
+        // line costs one redaction, not two.
         icu::UnicodeString spaced = toUnicode(redactLine(line, true));
         auto again = redactClean(spaced);
-        // Redaction that finds something once the invisible character is a space means it was
-        // hiding a word boundary; neither form can be trusted then.
         if (!again || *again != spaced) return "<line>";
     }
+    auto r = redactClean(toUnicode(redactLine(line, false)));
+    if (!r) return "<line>";
     return cutLine(toUtf8(*r));
 }
 
