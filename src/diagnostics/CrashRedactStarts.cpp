@@ -66,21 +66,21 @@ bool anywhere(Text16, int32_t) { return true; }
 bool atLetter(Text16 s, int32_t p) { return letter(s[p]); }
 bool jwtHead(Text16 s, int32_t p) { return boundary(s, p) && startsWith(s, p, u"eyJ"); }
 
-bool urlAfter(Text16 s, int32_t e) { return startsWith(s, e, u"://") && e + 3 < size(s) && !urlStop(s[e + 3]); }
-bool atSignAfter(Text16 s, int32_t e) { return e < size(s) && s[e] == u'@'; }
-bool dotAfter(Text16 s, int32_t e) { return e < size(s) && s[e] == u'.'; }
-bool slashAfter(Text16 s, int32_t e) { return e < size(s) && s[e] == u'/'; }
-bool notFoundAfter(Text16 s, int32_t e) {
+bool urlAfter(Text16 s, int32_t, int32_t e) { return startsWith(s, e, u"://") && e + 3 < size(s) && !urlStop(s[e + 3]); }
+bool atSignAfter(Text16 s, int32_t, int32_t e) { return e < size(s) && s[e] == u'@'; }
+bool dotAfter(Text16 s, int32_t, int32_t e) { return e < size(s) && s[e] == u'.'; }
+bool slashAfter(Text16 s, int32_t, int32_t e) { return e < size(s) && s[e] == u'/'; }
+bool notFoundAfter(Text16 s, int32_t, int32_t e) {
     constexpr Text16 words = u": command not found";
     const int32_t after = e + static_cast<int32_t>(words.size());
     return startsWith(s, e, words) && (after == size(s) || s[after] != u':');
 }
 
 // The shape behind most slow scans: a match opens with a run of class `In` that must be followed
-// by what `After` checks, and whether the rest matches does not depend on where in the run the
+// by what `After` checks (given the run's start and end), and whether the rest matches does not depend on where in the run the
 // match began. So the first place in the run where `Head` holds stands for the whole run: if the
 // match fails there, it fails at every later place of the run too.
-template <bool (*In)(char16_t), bool (*Head)(Text16, int32_t), bool (*After)(Text16, int32_t)>
+template <bool (*In)(char16_t), bool (*Head)(Text16, int32_t), bool (*After)(Text16, int32_t, int32_t)>
 Try runStarts(const icu::UnicodeString& text, int32_t from) {
     const Text16 s = view(text);
     for (int32_t p = from; p < size(s);) {
@@ -89,7 +89,7 @@ Try runStarts(const icu::UnicodeString& text, int32_t from) {
             continue;
         }
         const int32_t e = runEnd(s, p, In);
-        if (After(s, e))
+        if (After(s, p, e))
             for (int32_t q = p; q < e; ++q)
                 if (Head(s, q)) return {q, e};
         p = e;
@@ -236,7 +236,7 @@ bool awsHead(Text16 s, int32_t p) {
 }
 bool upperWord(char16_t c) { return upper(c) || digit(c) || c == u'_'; } // [A-Z0-9_]
 bool upperHead(Text16 s, int32_t p) { return upper(s[p]) && boundary(s, p); }
-bool equalsAfter(Text16 s, int32_t e) { return e < size(s) && s[e] == u'='; }
+bool equalsAfter(Text16 s, int32_t, int32_t e) { return e < size(s) && s[e] == u'='; }
 bool spawnHead(Text16 s, int32_t p) { return foldingHead(s, p, u"s"); }
 
 bool asciiFrom(Text16 s, int32_t p, int32_t length) {
@@ -324,19 +324,7 @@ template <char16_t Q> Try longQuotedStarts(const icu::UnicodeString& text, int32
 
 // `[A-Za-z0-9+/_=-]{32,}`: a run of at least 32. Exact.
 bool opaque(char16_t c) { return letter(c) || digit(c) || c == u'+' || c == u'/' || c == u'_' || c == u'=' || c == u'-'; }
-Try opaqueStarts(const icu::UnicodeString& text, int32_t from) {
-    const Text16 s = view(text);
-    for (int32_t p = from; p < size(s);) {
-        if (!opaque(s[p])) {
-            ++p;
-            continue;
-        }
-        const int32_t e = runEnd(s, p, opaque);
-        if (e - p >= 32) return {p, e};
-        p = e;
-    }
-    return {};
-}
+bool longRun(Text16, int32_t start, int32_t end) { return end - start >= 32; }
 
 // The key rule reads `(?i)\b([\w.-]*(?:key|token|...)[\w.-]*)(["']?\s*[:=]\s*)\S.*$`. Without
 // case the class also takes the two letters whose case folds to ASCII (U+017F, U+212A), and a key
@@ -465,7 +453,7 @@ Starts startsFor(int rule) {
     case 29: return longQuotedStarts<u'"'>;
     case 30: return longQuotedStarts<u'\''>;
     case 31: return longQuotedStarts<u'`'>;
-    case 32: return opaqueStarts;
+    case 32: return runStarts<opaque, anywhere, longRun>;
     default: return nullptr; // 1 is anchored at the start, 6 opens with two backslashes
     }
 }
