@@ -76,10 +76,10 @@ bool notFoundAfter(Text16 s, int32_t, int32_t e) {
     return startsWith(s, e, words) && (after == size(s) || s[after] != u':');
 }
 
-// The shape behind most slow scans: a match opens with a run of class `In` that must be followed
-// by what `After` checks (given the run's start and end), and whether the rest matches does not depend on where in the run the
-// match began. So the first place in the run where `Head` holds stands for the whole run: if the
-// match fails there, it fails at every later place of the run too.
+// The shape behind most slow scans: a match opens with a run of class `In`, the run must pass what
+// `After` checks (given its start and end), and whether the rest matches does not depend on where
+// in the run the match began. So the first place in the run where `Head` holds stands for the
+// whole run: if the match fails there, it fails at every later place of the run too.
 template <bool (*In)(char16_t), bool (*Head)(Text16, int32_t), bool (*After)(Text16, int32_t, int32_t)>
 Try runStarts(const icu::UnicodeString& text, int32_t from) {
     const Text16 s = view(text);
