@@ -53,6 +53,11 @@ bool boundary(Text16 s, int32_t p) {
     return before != after;
 }
 
+// Whether the `length` code units from `p` (or up to the end) are all ASCII.
+bool asciiFrom(Text16 s, int32_t p, int32_t length) {
+    return std::all_of(s.begin() + p, s.begin() + std::min(p + length, size(s)), [](char16_t c) { return c < 0x80; });
+}
+
 bool startsWith(Text16 s, int32_t p, Text16 literal) {
     return p <= size(s) && s.substr(static_cast<std::size_t>(p)).starts_with(literal);
 }
@@ -193,8 +198,7 @@ bool maybeWord(Text16 s, int32_t i, Text16 word) {
 }
 bool bearerHead(Text16 s, int32_t p) { // (?i)\bbearer\s+\S
     if (!foldingHead(s, p, u"b") || !maybeWord(s, p, u"bearer")) return false;
-    if (!std::all_of(s.begin() + p, s.begin() + std::min(p + 6, size(s)), [](char16_t c) { return c < 0x80; }))
-        return true;
+    if (!asciiFrom(s, p, 6)) return true;
     int32_t i = p + 6;
     if (i >= size(s) || !space(s[i])) return false;
     while (i < size(s) && space(s[i])) ++i;
@@ -238,10 +242,6 @@ bool upperWord(char16_t c) { return upper(c) || digit(c) || c == u'_'; } // [A-Z
 bool upperHead(Text16 s, int32_t p) { return upper(s[p]) && boundary(s, p); }
 bool equalsAfter(Text16 s, int32_t, int32_t e) { return e < size(s) && s[e] == u'='; }
 bool spawnHead(Text16 s, int32_t p) { return foldingHead(s, p, u"s"); }
-
-bool asciiFrom(Text16 s, int32_t p, int32_t length) {
-    return std::all_of(s.begin() + p, s.begin() + std::min(p + length, size(s)), [](char16_t c) { return c < 0x80; });
-}
 
 // `(?i)\b(command|cmd|exec(?:uting)?|spawn(?:ing)?|shell)\b([^:]{0,40}?):\s*\S`
 bool commandHead(Text16 s, int32_t p) {
@@ -388,7 +388,7 @@ bool hasKeyWord(Text16 s, int32_t from, int32_t to) {
 // The same for text outside ASCII, after full case folding: the engine compares folded text, so
 // a key word it can match is in the folded text too.
 bool foldedKeyWord(Text16 s, int32_t from, int32_t to) {
-    if (std::all_of(s.begin() + from, s.begin() + to, [](char16_t c) { return c < 0x80; })) return hasKeyWord(s, from, to);
+    if (asciiFrom(s, from, to - from)) return hasKeyWord(s, from, to);
     icu::UnicodeString folded(s.data() + from, to - from);
     folded.foldCase();
     const Text16 f = view(folded);
