@@ -12,10 +12,8 @@ HttpRequest make(std::string path, std::optional<Json> body, Duration timeout, c
         request.method = "POST";
         request.headers.emplace_back("Content-Type", "application/json");
     }
-    // Qt drops a header whose value is empty; a lone space is the same empty value on the wire,
-    // since the server strips the white space around a field value.
-    std::string key = LocalKey::value(environment);
-    request.headers.emplace_back(keyHeader, key.empty() ? " " : key);
+    request.headers.emplace_back(keyHeader, LocalKey::value(environment));
+    request.ownListenerOnly = true;
     // A map that can't be written as JSON leaves the POST without a body.
     if (body) request.body = json::dump(*body);
     return request;

@@ -17,6 +17,8 @@ struct HttpRequest {
     std::vector<std::pair<std::string, std::string>> headers;
     std::optional<std::string> body;
     Duration timeout = std::chrono::seconds(8); // fails when nothing has arrived for this long
+    // Carries a secret: it goes out only to a listener that belongs to this user.
+    bool ownListenerOnly = false;
 
     std::optional<std::string> header(std::string_view name) const;
 };
@@ -26,12 +28,19 @@ struct HttpAnswer {
     std::optional<std::string> failure;
     int status = 0;
     std::string body;
+    // The failure is that another user's program holds the port: nothing was sent to it.
+    bool foreignListener = false;
 
     bool isHttp() const { return !failure && status > 0; }
 
     static HttpAnswer transportFailure(std::string description) {
         HttpAnswer a;
         a.failure = std::move(description);
+        return a;
+    }
+    static HttpAnswer foreignPort(std::string description) {
+        HttpAnswer a = transportFailure(std::move(description));
+        a.foreignListener = true;
         return a;
     }
     static HttpAnswer http(int status, std::string body = {}) {
