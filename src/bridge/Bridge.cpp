@@ -16,6 +16,8 @@ constexpr Duration writeTimeout = 8s;
 constexpr Duration pollPause = 2s;
 constexpr Duration probePause = 250ms;
 constexpr int probes = 20;
+constexpr const char* foreignPortLine =
+    "Another user's program holds port 8787 on this Mac, so the companion won't send it your key.";
 
 bool isExecutableFile(const std::filesystem::path& path) {
     std::error_code ec;
@@ -37,6 +39,7 @@ Task<HttpAnswer> Bridge::send(std::string path, std::optional<Json> body, Durati
 }
 
 Task<bool> Bridge::healthy() {
+    // Touches no field: callers check that the model is still here.
     HttpAnswer answer = co_await api_.send(LocalRequest::health());
     co_return answer.isHttp() && answer.status == 200;
 }
@@ -96,7 +99,9 @@ Task<void> Bridge::updatePollLoop(Cancel alive) {
 }
 
 Task<void> Bridge::ensure() {
+    Cancel alive = alive_;
     bool answering = co_await healthy();
+    if (alive.cancelled()) co_return;
     if (answering) {
         assign(ready, true);
         backoff.reset();
@@ -129,11 +134,13 @@ Task<void> Bridge::ensure() {
 
     for (int attempt = 0; attempt < probes; ++attempt) {
         bool answered = co_await healthy();
+        if (alive.cancelled()) co_return;
         if (answered) {
             assign(ready, true);
             co_return;
         }
-        bool slept = co_await clock_.sleep(probePause, alive_);
+        bool slept = co_await clock_.sleep(probePause, alive);
+        if (alive.cancelled()) co_return;
         if (!slept) break;
     }
     assign(line, launched->isRunning() ? "Remote control is not answering yet."
@@ -141,10 +148,19 @@ Task<void> Bridge::ensure() {
 }
 
 Task<void> Bridge::refresh() {
+    Cancel alive = alive_;
     HttpAnswer answer = co_await send("/companion/status", std::nullopt, statusTimeout);
+    if (alive.cancelled()) co_return;
+    if (answer.foreignListener) {
+        // Nothing of ours can listen there while it does, so there is nothing to relaunch.
+        assign(line, foreignPortLine);
+        assign(ready, false);
+        co_return;
+    }
     if (answer.failure) {
-        bool alive = co_await healthy();
-        if (alive) {
+        bool answering = co_await healthy();
+        if (alive.cancelled()) co_return;
+        if (answering) {
             assign(ready, true);
             co_return;
         }
@@ -163,9 +179,11 @@ Task<void> Bridge::refresh() {
     assign(line, status->line.value_or(""));
     assign(on, status->on.value_or(false));
     auto guests = co_await withGuests(status->phones.value_or(std::vector<CompanionPhone>{}));
+    if (alive.cancelled()) co_return;
     assign(phones, std::move(guests));
     noteOwners();
     co_await refreshJoins();
+    if (alive.cancelled()) co_return;
     showScreen(status->screen.value_or(CompanionScreen{}));
     passDiagnostics(status->diagnostics, status->diagnosticsAnswered);
     if (status->tulm != tulm) assign(tulm, status->tulm);
@@ -191,14 +209,16 @@ Task<void> Bridge::recover() {
     if (child) child.reset();
     if (!backoff.take(clock_.now())) co_return;
     assign(line, "Remote control stopped. Starting it again.");
-    co_await ensure();
+    co_await ensure(); // touches nothing after its last wait
 }
 
 Task<void> Bridge::toggle() {
     if (!ready) co_return;
     // Bodies are built before the co_await: GCC 12 can't keep an initializer list alive across one.
     Json body = {{"on", !on}};
+    Cancel alive = alive_;
     co_await send("/companion/remote", std::move(body), writeTimeout);
+    if (alive.cancelled()) co_return;
     co_await refresh();
 }
 
@@ -218,10 +238,12 @@ Task<bool> Bridge::rename(std::string proposed) {
     }
     assign(nameNote, "");
     Json body = {{"name", trimmed}};
+    Cancel alive = alive_;
     HttpAnswer answer = co_await send("/companion/name", std::move(body), writeTimeout);
+    if (alive.cancelled()) co_return false;
     if (answer.isHttp() && answer.status == 204) {
         co_await refresh();
-        co_return true;
+        co_return !alive.cancelled();
     }
     assign(nameNote, "That name was not saved.");
     co_return false;
@@ -233,10 +255,13 @@ Task<void> Bridge::setSidebar(std::string position) {
     assign(sidebarBusy, true);
     assign(sidebarNote, "");
     Json body = {{"position", position}};
+    Cancel alive = alive_;
     HttpAnswer answer = co_await send("/companion/sidebar", std::move(body), writeTimeout);
+    if (alive.cancelled()) co_return;
     if (answer.isHttp() && answer.status == 204) {
         assign(sidebar, position);
         co_await refresh();
+        if (alive.cancelled()) co_return;
         assign(sidebarBusy, false);
         co_return;
     }

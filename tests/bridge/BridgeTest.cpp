@@ -240,6 +240,67 @@ TEST_F(BridgeTest, FailedStatusReadsAreNoNews) {
     EXPECT_TRUE(processes_.launches.empty());
 }
 
+TEST_F(BridgeTest, TheStatusReadCarriesTheKeyAndGivesUpAfterFourSeconds) {
+    up();
+    bridge().start();
+    auto reads = api_.requestsTo("/companion/status");
+    ASSERT_FALSE(reads.empty());
+    EXPECT_EQ(reads[0].timeout, 4s);
+    EXPECT_EQ(reads[0].header("X-Tulm-Local"), "sekrit");
+    EXPECT_TRUE(reads[0].ownListenerOnly);
+    EXPECT_FALSE(api_.requestsTo("/healthz")[0].ownListenerOnly);
+
+    // A bridge silent for longer than that is a transport failure, and the health probe follows.
+    api_.on("GET", "/companion/status", Reply::json(200, kStatus).after(5s));
+    api_.clearRequests();
+    clock_.advance(2s + 4s);
+    EXPECT_EQ(api_.count("/healthz"), 1u);
+}
+
+TEST_F(BridgeTest, TheNameFallsBackWhenTheBridgeStopsGivingOne) {
+    up();
+    bridge().start();
+    ASSERT_EQ(bridge().name, "Studio");
+    for (const char* status : {R"({"on":true})", R"({"name":"Studio"})", R"({"name":""})"}) {
+        api_.on("GET", "/companion/status", Reply::json(200, status));
+        clock_.advance(2s);
+        EXPECT_EQ(bridge().name, std::string(status).find("Studio") != std::string::npos ? "Studio" : "This Mac") << status;
+    }
+}
+
+TEST_F(BridgeTest, APortHeldByAnotherUserIsSaidAndNeverFoughtOver) {
+    up();
+    bridge().start();
+    api_.on("GET", "/companion/status", Reply::foreignPort());
+    clock_.advance(2s);
+    EXPECT_FALSE(bridge().ready);
+    EXPECT_EQ(bridge().line, "Another user's program holds port 8787 on this Mac, so the companion won't send it your key.");
+    EXPECT_TRUE(processes_.launches.empty());
+}
+
+// Under the sanitizers a field touched after the model is gone is caught here.
+TEST_F(BridgeTest, WaitsThatEndAfterTheModelIsGoneTouchNothing) {
+    for (Duration gone : {0ms, 100ms, 300ms, 1900ms}) {
+        down();
+        bridge().start(); // launches, then probes a quarter second apart
+        clock_.advance(gone);
+        bridge_.reset();
+        std::size_t sent = api_.requests().size();
+        clock_.advance(10s);
+        EXPECT_EQ(api_.requests().size(), sent) << "probes went on after the model was gone";
+
+        up();
+        bridge().start();
+        api_.on("GET", "/companion/status", Reply::json(200, kStatus).after(1s));
+        auto renamed = test::start(bridge().rename("Desk"));
+        clock_.advance(gone);
+        bridge_.reset();
+        clock_.advance(10s);
+        ASSERT_TRUE(renamed.done());
+        EXPECT_FALSE(renamed.value());
+    }
+}
+
 TEST_F(BridgeTest, TransportFailureWithAHealthyBridgeOnlySetsReady) {
     up();
     bridge().start();

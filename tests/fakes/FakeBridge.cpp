@@ -49,6 +49,7 @@ Task<HttpAnswer> FakeBridge::send(HttpRequest request) {
         }
         co_await clock_.sleep(reply.delay);
     }
+    if (reply.foreignListener) co_return HttpAnswer::foreignPort(*reply.transportFailure);
     if (reply.transportFailure) co_return HttpAnswer::transportFailure(*reply.transportFailure);
     co_return HttpAnswer::http(reply.status, reply.body);
 }

@@ -19,11 +19,18 @@ struct Reply {
     std::string body;
     std::optional<std::string> transportFailure;
     Duration delay{0};
+    bool foreignListener = false;
 
     static Reply json(int status, std::string body) { return Reply{status, std::move(body), std::nullopt, {}}; }
     static Reply empty(int status = 204) { return Reply{status, {}, std::nullopt, {}}; }
     static Reply failure(std::string description = "Could not connect to the server.") {
         return Reply{0, {}, std::move(description), {}};
+    }
+    // Another user's program holds the port: a request with the key never reaches it.
+    static Reply foreignPort() {
+        Reply r = failure("Another user's program is listening on the bridge's port.");
+        r.foreignListener = true;
+        return r;
     }
     Reply after(Duration d) && {
         delay = d;
