@@ -13,10 +13,16 @@ std::vector<std::filesystem::path> bundledBridge(const std::string& executable) 
     std::filesystem::path dir = std::filesystem::path(executable).parent_path();
     return {dir / "orvan", dir.parent_path() / "libexec" / "orvan-companion" / "orvan"};
 }
+
+// The login entry opens the desktop program, whichever front end is running now: it picks the
+// text view by itself when the session has no display.
+std::filesystem::path desktopProgram(const std::string& executable) {
+    return std::filesystem::path(executable).parent_path() / "orvan-companion";
+}
 } // namespace
 
 Companion::Companion(Environment environment, std::string executable, std::vector<std::string> arguments)
-    : environment_(std::move(environment)), login_(environment_, executable, std::move(arguments)) {
+    : environment_(std::move(environment)), login_(environment_, desktopProgram(executable), std::move(arguments)) {
     BridgeSetup setup;
     setup.host = "127.0.0.1";
     setup.port = 8787;

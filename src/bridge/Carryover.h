@@ -14,7 +14,7 @@ namespace orvan::Carryover {
 
 // The settings domain of the earlier name, and this program's own.
 inline constexpr const char* oldBundle = "tulm.companion";
-inline constexpr const char* bundle = "com.quillmere.orvan.companion";
+inline constexpr const char* bundle = ORVAN_BUNDLE_ID;
 // The data folder's name under the earlier name, and now.
 inline constexpr const char* oldFolder = "tulm-mobile";
 inline constexpr const char* folder = "Orvan";

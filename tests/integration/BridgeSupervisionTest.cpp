@@ -106,6 +106,9 @@ TEST_F(Supervision, OwnChildGetsExactlyItsArgumentsAndEnvironment) {
     EXPECT_TRUE(has("PATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"));
     EXPECT_TRUE(has("ORVAN_TEST_MARK=inherited"));
     EXPECT_TRUE(has("ORVAN_DIR=" + home_.data().string()));
+    // In a group of its own, so a terminal's Ctrl-C reaches only the companion.
+    EXPECT_EQ(::getpgid(pid), pid);
+    EXPECT_NE(::getpgid(pid), ::getpgrp());
     // The simulator made the key where the companion reads it, and the status read carries it.
     EXPECT_TRUE(waitUntil([&] { return bridge().line != "Starting remote control."; }));
 }

@@ -93,7 +93,10 @@ std::shared_ptr<Child> PosixProcesses::launch(const ChildSpec& request, std::str
     sigfillset(&all);
     posix_spawnattr_setsigmask(&attributes, &none);
     posix_spawnattr_setsigdefault(&attributes, &all);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    // A process group of its own: a terminal's Ctrl-C or hang-up is meant for the companion, which
+    // decides whether its child stops; a killed companion leaves the child for the next to adopt.
+    posix_spawnattr_setpgroup(&attributes, 0);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
 
     pid_t pid = 0;
     int rc = ::posix_spawn(&pid, request.executable.c_str(), &actions, &attributes, argv.data(), envp.data());
