@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build ccache pkg-config git
   clang libclang-rt-14-dev
-  qt6-base-dev qt6-base-dev-tools libqt6network6 libqt6dbus6 libgl-dev libxkbcommon-dev
+  qt6-base-dev qt6-base-dev-tools libqt6network6 libqt6dbus6 libgl-dev libxkbcommon-dev libxcb1-dev
   qcoro-qt6-dev
   nlohmann-json3-dev
   libicu-dev

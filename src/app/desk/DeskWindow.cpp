@@ -9,6 +9,8 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QMessageBox>
+#include <QShortcut>
 #include <QWidget>
 
 namespace orvan::app {
@@ -53,8 +55,14 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
         updateTrayIcon();
         tray_->show();
     }
-    // With no tray, the window is the only way in: closing it ends the program.
-    QApplication::setQuitOnLastWindowClosed(!tray_);
+    // The window is not the program: closing it hides it, and the bridge stays up for the phone.
+    QApplication::setQuitOnLastWindowClosed(false);
+    if (QWidget* window = desk_->window()) {
+        window->installEventFilter(&closeWatch_);
+        auto* quit = new QShortcut(QKeySequence::Quit, window);
+        QObject::connect(quit, &QShortcut::activated, &context_, [] { QCoreApplication::quit(); });
+    }
+    closeWatch_.closed = [this] { closedWithoutTray(); };
 
     subscription_ = companion_.bridge().observe([this] { modelChanged(); });
     look_ = themes_.observe([this] { lookChanged(); });
@@ -65,6 +73,27 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
 }
 
 DeskWindow::~DeskWindow() = default;
+
+bool DeskWindow::CloseWatch::eventFilter(QObject*, QEvent* event) {
+    if (event->type() == QEvent::Close && closed) closed();
+    return false;
+}
+
+void DeskWindow::closedWithoutTray() {
+    if (tray_) return;
+    auto defaults = UserDefaults::domain(AppInfo::bundleId, companion_.environment());
+    if (defaults->boolean(toldHowBackKey) == true) return;
+    defaults->set(toldHowBackKey, true);
+    // Said once: without a tray icon, nothing on screen shows that the companion still runs.
+    auto* box = new QMessageBox(QMessageBox::Information, QStringLiteral("Orvan Companion"),
+                                QStringLiteral("Orvan Companion keeps running, so your iPhone can still reach this Mac."),
+                                QMessageBox::Ok);
+    box->setInformativeText(QStringLiteral("To open this window again, start Orvan Companion once more from your "
+                                           "applications menu or with the orvan-companion command. To quit, press "
+                                           "Ctrl+Q in the window."));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->show();
+}
 
 void DeskWindow::show() {
     desk_->show();

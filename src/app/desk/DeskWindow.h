@@ -13,6 +13,7 @@
 #include <QObject>
 #include <QSystemTrayIcon>
 #include <QTimer>
+#include <functional>
 #include <memory>
 
 namespace orvan::app {
@@ -30,7 +31,15 @@ public:
     bool hasTray() const { return tray_ != nullptr; }
     ui::qt::WindowHost& host() { return *desk_; }
 
+    // Remembered once the owner has been told how to bring a closed window back.
+    static constexpr const char* toldHowBackKey = "window.desk.toldHowBack";
+
 private:
+    struct CloseWatch : QObject {
+        std::function<void()> closed;
+        bool eventFilter(QObject* watched, QEvent* event) override;
+    };
+    void closedWithoutTray();
     void modelChanged();
     void updateTrayIcon();
     void lookChanged();
@@ -44,6 +53,7 @@ private:
     std::string traySymbol_;
     ui::Tone trayTone_ = ui::Tone::Normal;
     QObject context_;
+    CloseWatch closeWatch_;
     QTimer tick_;
     Observable::Subscription subscription_;
     Observable::Subscription look_;

@@ -13,7 +13,10 @@
 #include <QWidget>
 #include <chrono>
 #include <cstdio>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
+#include <xcb/xcb.h>
 
 using namespace orvan;
 
@@ -48,13 +51,55 @@ std::optional<std::string> textProgram(const char* self) {
     return text;
 }
 
+std::string variable(const Environment& environment, const char* name) {
+    auto it = environment.find(name);
+    return it == environment.end() ? std::string() : it->second;
+}
+
+bool waylandAnswers(const Environment& environment, const std::string& display) {
+    std::string path = display.front() == '/' ? display : variable(environment, "XDG_RUNTIME_DIR") + "/" + display;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) return false;
+    std::copy(path.begin(), path.end(), address.sun_path);
+    int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    bool answered = fd >= 0 && ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    if (fd >= 0) ::close(fd);
+    return answered;
+}
+
+// Why no window can be shown here although a display is named, or nothing when one can. Qt's
+// platform plugin aborts the whole program on a display it can't open (a dead X server, an SSH
+// session whose forwarding went stale), so we ask first.
+std::optional<std::string> unreachableDisplay(const Environment& environment) {
+    if (!variable(environment, "QT_QPA_PLATFORM").empty()) return std::nullopt; // chosen by hand
+    std::string x = variable(environment, "DISPLAY"), wayland = variable(environment, "WAYLAND_DISPLAY");
+    if (!x.empty()) {
+        xcb_connection_t* connection = xcb_connect(x.c_str(), nullptr);
+        bool answered = xcb_connection_has_error(connection) == 0;
+        xcb_disconnect(connection);
+        if (answered) return std::nullopt;
+    }
+    if (!wayland.empty() && waylandAnswers(environment, wayland)) return std::nullopt;
+    return "Orvan Companion: the display " + (x.empty() ? wayland : x) +
+           " can't be reached, so the window is shown here as text.";
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     if (auto answered = app::answerInfo(argc, argv)) return *answered;
     QCoreApplication::setApplicationName(QStringLiteral("Orvan Companion"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("quillmere.com"));
-    if (app::wantsHeadless(argc, argv, Carryover::processEnvironment())) {
+    Environment environment = Carryover::processEnvironment();
+    bool headless = app::wantsHeadless(argc, argv, environment);
+    if (!headless) {
+        if (auto why = unreachableDisplay(environment)) {
+            std::fprintf(stderr, "%s\n", why->c_str());
+            headless = true;
+        }
+    }
+    if (headless) {
         if (auto text = textProgram(argv[0])) {
             argv[0] = text->data();
             ::execv(text->c_str(), argv);
