@@ -10,9 +10,20 @@ namespace orvan {
 
 namespace fs = std::filesystem;
 
-bool Files::write(const fs::path& path, std::string_view bytes) {
+bool Files::makeFolder(const fs::path& folder) {
+    // Each missing folder is made private, whatever the umask says; folders already there are the
+    // owner's business and keep their modes.
+    fs::path made;
+    for (const auto& part : folder) {
+        made /= part;
+        if (::mkdir(made.c_str(), 0700) != 0 && errno != EEXIST) return false;
+    }
     std::error_code ec;
-    if (path.has_parent_path()) fs::create_directories(path.parent_path(), ec);
+    return fs::is_directory(folder, ec);
+}
+
+bool Files::write(const fs::path& path, std::string_view bytes) {
+    if (path.has_parent_path()) makeFolder(path.parent_path());
     std::string temp = (path.parent_path() / ("." + path.filename().string() + ".XXXXXX")).string();
     int fd = ::mkstemp(temp.data());
     if (fd < 0) return false;

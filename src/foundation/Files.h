@@ -15,6 +15,8 @@ namespace Files {
 // Makes the folder, writes a temporary file beside the target, renames it in, then sets 0600.
 // Answers whether the file is in place; a failure leaves no temporary file and is otherwise dropped.
 bool write(const std::filesystem::path& path, std::string_view bytes);
+// Makes the folder and any missing folders above it, each 0700; answers whether it is there now.
+bool makeFolder(const std::filesystem::path& folder);
 // The whole file, or absent when it is missing or can't be read.
 std::optional<std::string> read(const std::filesystem::path& path);
 } // namespace Files
