@@ -7,9 +7,16 @@
 #include <QWidget>
 
 #include <filesystem>
+#include <map>
 #include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
+
+// Qt's own route for a key press to the shortcuts (QShortcut, a button's shortcut) before the
+// focused widget sees it; exported by QtGui for its test library.
+Q_GUI_EXPORT bool qt_sendShortcutOverrideEvent(QObject* o, ulong timestamp, int k, Qt::KeyboardModifiers mods,
+                                               const QString& text = QString(), bool autorep = false,
+                                               ushort count = 1);
 
 namespace orvan::testing {
 
@@ -33,21 +40,58 @@ inline void settle() {
     }
 }
 
+// One key as a keyboard gives it: shortcuts first, then the target.
+inline void keyClick(QWidget* target, int key, const QString& text = {}) {
+    if (qt_sendShortcutOverrideEvent(target, 0, key, Qt::NoModifier, text)) return;
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QCoreApplication::sendEvent(target, &press);
+    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QCoreApplication::sendEvent(target, &release);
+}
+
+// A space is Key_Space, which a focused check box takes as a click.
 inline void typeText(QWidget* target, const QString& text) {
     for (const QChar c : text) {
-        QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, QString(c));
-        QCoreApplication::sendEvent(target, &press);
-        QKeyEvent release(QEvent::KeyRelease, 0, Qt::NoModifier, QString(c));
-        QCoreApplication::sendEvent(target, &release);
+        int key = 0;
+        if (c == QLatin1Char(' ')) key = Qt::Key_Space;
+        else if (c.toUpper() >= QLatin1Char('A') && c.toUpper() <= QLatin1Char('Z')) key = c.toUpper().unicode();
+        else if (c.isDigit()) key = c.unicode();
+        keyClick(target, key, QString(c));
     }
 }
 
-inline void pressKey(QWidget* target, Qt::Key key) {
-    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
-    QCoreApplication::sendEvent(target, &press);
-    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier);
-    QCoreApplication::sendEvent(target, &release);
-}
+inline void pressKey(QWidget* target, Qt::Key key) { keyClick(target, key); }
+
+// Counts, while it lives, what tells widgets they changed or asks for a layout or a paint.
+class WidgetChanges : public QObject {
+public:
+    WidgetChanges() { qApp->installEventFilter(this); }
+    ~WidgetChanges() override { qApp->removeEventFilter(this); }
+    // "type×count" for each kind of event seen, or "" for none.
+    std::string seen() const {
+        std::string out;
+        for (auto [type, count] : counts_) out += std::to_string(type) + "x" + std::to_string(count) + " ";
+        return out;
+    }
+    bool eventFilter(QObject*, QEvent* event) override {
+        switch (event->type()) {
+        case QEvent::LayoutRequest:
+        case QEvent::PaletteChange:
+        case QEvent::FontChange:
+        case QEvent::EnabledChange:
+        case QEvent::ToolTipChange:
+        case QEvent::Show:
+        case QEvent::Hide:
+        case QEvent::UpdateRequest:
+        case QEvent::StyleChange: ++counts_[event->type()]; break;
+        default: break;
+        }
+        return false;
+    }
+
+private:
+    std::map<int, int> counts_;
+};
 
 // A folder of the running test's own, empty at the start and gone at the end.
 struct TestFolder {

@@ -386,3 +386,35 @@ TEST_F(Renderer, KindChangeRebuildsButUnkeyedSiblingsStay) {
 }
 
 } // namespace
+
+// A poll that changes nothing must cost nothing: no layout done again, no widget told of a change.
+TEST_F(Renderer, AnUnchangedTreeTouchesNoWidget) {
+    renderer->setTonePalette(ui::qt::TonePalette::fromPalette(window->palette()));
+    auto view = [] {
+        return ui::vstack({
+            ui::section("Phones", "Who can reach this Mac",
+                        {ui::row("Ada's iPhone", "Owner", {ui::button("Remove", [] {}).role(ui::Role::Destructive)}),
+                         ui::row("", {ui::field("name", "", "Studio", [](const std::string&) {}),
+                                      ui::button("Cancel", [] {}).role(ui::Role::Cancel)}),
+                         ui::text("Ready.").tone(ui::Tone::Good).style(ui::TextStyle::Caption).help("Status")})
+                .footer("Phones join with a code."),
+            ui::toggle("Remote control", true, [](bool) {}).enabled(false),
+            ui::picker("Sidebar", {{"Left", "left"}, {"Right", "right"}}, "left", [](const std::string&) {}),
+            ui::picker("Size", {{"Small", "s"}, {"Large", "l"}}, "l", [](const std::string&) {})
+                .pickerAs(ui::PickerStyle::Menu),
+            ui::picker("Theme", {{"A", "a"}, {"B", "b"}}, "b", [](const std::string&) {})
+                .pickerAs(ui::PickerStyle::Radio),
+            ui::hstack({ui::symbol("circle.fill", ui::Tone::Accent), ui::progress(0.5, "Downloading"),
+                        ui::spinner("Starting")}),
+            ui::menu("More", {ui::button("Copy", [] {})}),
+            ui::separator(),
+            ui::link("Open the guide", [] {}),
+        });
+    };
+    renderer->render(view());
+    settle();
+    orvan::testing::WidgetChanges changes;
+    for (int i = 0; i < 3; ++i) renderer->render(view());
+    settle();
+    EXPECT_EQ(changes.seen(), "");
+}

@@ -12,6 +12,7 @@ void ActionDispatcher::run(std::function<void()> call) {
     // copies keep what is needed alive while it runs.
     const auto self = shared_from_this();
     const auto running = std::move(call);
+    ++actionsRun_;
     running();
     if (afterAction_) {
         const auto hook = afterAction_;

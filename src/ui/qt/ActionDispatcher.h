@@ -6,6 +6,7 @@
 // (a switch flipped, a choice made) is brought back to what the tree says if the model refused.
 // Held by shared pointer: a closure may close the very window whose dispatcher is running it.
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -24,8 +25,13 @@ public:
     void endRender();
     bool rendering() const { return depth_ > 0; }
 
+    // How many actions have run so far. A renderer compares it across renders to tell a render
+    // that answers the user (and may move the keyboard focus) from one that answers a poll.
+    std::uint64_t actionsRun() const { return actionsRun_; }
+
 private:
     int depth_ = 0;
+    std::uint64_t actionsRun_ = 0;
     std::vector<std::function<void()>> held_;
     std::function<void()> afterAction_;
 };

@@ -45,6 +45,9 @@ struct MenuRenderer::Item {
     std::vector<QPointer<QAction>> choices;
     std::unique_ptr<MenuRenderer> submenu;
     std::shared_ptr<Node> current = std::make_shared<Node>();
+    // The icon last drawn, so that a poll does not draw it again.
+    std::string iconSymbol;
+    QColor iconColor;
 };
 
 MenuRenderer::MenuRenderer(QMenu* menu, std::shared_ptr<ActionDispatcher> dispatcher)
@@ -130,7 +133,7 @@ void MenuRenderer::update(Item& item, const Node& node) {
 
     const QString help = qs(node.helpText);
     if (action->toolTip() != help) action->setToolTip(help.isEmpty() ? QString() : help);
-    action->setStatusTip(help);
+    if (action->statusTip() != help) action->setStatusTip(help);
     switch (node.kind) {
     case Kind::Menu:
         action->setText(literalTitle(node.title));
@@ -154,10 +157,16 @@ void MenuRenderer::update(Item& item, const Node& node) {
         action->setText(literalTitle(node.text));
         action->setEnabled(false);
         return;
-    case Kind::Symbol:
-        action->setIcon(SymbolIcons::icon(node.symbolName, tones_.color(node.textTone)));
+    case Kind::Symbol: {
+        const QColor color = tones_.color(node.textTone);
+        if (item.iconSymbol != node.symbolName || item.iconColor != color || action->icon().isNull()) {
+            action->setIcon(SymbolIcons::icon(node.symbolName, color));
+            item.iconSymbol = node.symbolName;
+            item.iconColor = color;
+        }
         action->setText(literalTitle(node.title));
         break;
+    }
     case Kind::Field:
     case Kind::SecureField:
         // A menu cannot hold a field; it shows the label only, never the contents.

@@ -21,6 +21,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -36,6 +37,11 @@ namespace {
 
 QString qs(const std::string& words) { return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size())); }
 std::string utf8(const QString& words) { return words.toStdString(); }
+
+// Showing or hiding, even to the same state, may ask the layout to be done again; only a change does.
+void setShown(QWidget* widget, bool shown) {
+    if (widget->isHidden() == shown) widget->setVisible(shown);
+}
 
 bool isPresented(const Node& node) { return node.kind == Kind::Confirmation || node.kind == Kind::Sheet; }
 
@@ -61,7 +67,12 @@ void take(Actions& actions, const Node& node) {
 
 void setText(QLabel* label, const QString& text) {
     if (label->text() != text) label->setText(text);
-    label->setVisible(!text.isEmpty());
+    setShown(label, !text.isEmpty());
+}
+
+// Compared with the widget's own state, not with isEnabled(), which is false under a disabled parent.
+void setEnabledTo(QWidget* widget, bool enabled) {
+    if (widget->testAttribute(Qt::WA_ForceDisabled) == enabled) widget->setEnabled(enabled);
 }
 
 void setHelp(QWidget* widget, const QString& help) {
@@ -149,6 +160,18 @@ struct ViewRenderer::Mounted {
     std::vector<Choice> choices;
     QButtonGroup* group = nullptr;
     std::unique_ptr<MenuRenderer> menu;
+    int wordless = -1;     // a row: whether it has no words of its own, as last laid out
+    int selected = -2;     // a segmented picker: the choice last drawn as chosen
+    QPointer<QShortcut> escape; // a Cancel-role button: Escape in its section, owned by the section
+
+    ~Mounted() { dropEscape(); }
+    // Later, not now: the shortcut may be the sender of the signal that led to this render.
+    void dropEscape() {
+        if (!escape) return;
+        escape->setEnabled(false);
+        escape->deleteLater();
+        escape = nullptr;
+    }
 
     // A field's conversation with its model: the tree's text at the last render, and what the
     // user's typing has reported lately. A tree that repeats either while the user types is an
@@ -229,6 +252,11 @@ void ViewRenderer::render(const Node& root) {
     if (!container_) return;
     ++renders_;
     dispatcher_->beginRender();
+    answeringUser_ = dispatcher_->actionsRun() != seenActions_;
+    seenActions_ = dispatcher_->actionsRun();
+    focusNext_ = nullptr;
+    sections_.clear();
+    escapeTaken_.clear();
     std::vector<const Node*> presentations;
     structureChanged_ = false;
     const bool wasRoot = root_ != nullptr;
@@ -249,6 +277,11 @@ void ViewRenderer::render(const Node& root) {
         structureChanged_ = true;
     }
     if (structureChanged_) orderTabs();
+    if (focusNext_ && focusNext_->isEnabled()) {
+        focusNext_->setFocus(Qt::OtherFocusReason);
+        focusNext_->selectAll();
+    }
+    focusNext_ = nullptr;
     present(presentations);
     dispatcher_->endRender();
 }
@@ -266,7 +299,11 @@ void ViewRenderer::reconcile(std::unique_ptr<Mounted>& slot, const Node& node, Q
         structureChanged_ = true;
     }
     update(*slot, node, horizontalParent);
-    if (slot->childLayout) reconcileChildren(*slot, node, presentations);
+    if (!slot->childLayout) return;
+    const bool section = node.kind == Kind::Section;
+    if (section) sections_.push_back(slot->widget);
+    reconcileChildren(*slot, node, presentations);
+    if (section) sections_.pop_back();
 }
 
 void ViewRenderer::reconcileChildren(Mounted& mounted, const Node& node, std::vector<const Node*>& presentations) {
@@ -451,6 +488,7 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
             if (actions->onChange) dispatcher->run([call = actions->onChange, typed] { call(typed); });
         });
         QObject::connect(edit, &QLineEdit::returnPressed, edit, [actions, dispatcher] { dispatcher->run(actions->onSubmit); });
+        if (answeringUser_ && !focusNext_) focusNext_ = edit;
         m->control = edit;
         m->widget = holder;
         break;
@@ -532,7 +570,7 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
     const QString help = qs(node.helpText);
     setHelp(widget, help);
     if (focus != widget) setHelp(focus, help);
-    if (widget->isEnabled() != node.isEnabled) widget->setEnabled(node.isEnabled);
+    setEnabledTo(widget, node.isEnabled);
     const bool restyle = m.styledGeneration != paletteGeneration_;
     m.styledGeneration = paletteGeneration_;
 
@@ -554,11 +592,14 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
         // A row of controls only (a field with its buttons) gives its width to the controls.
         QWidget* words = m.titleLabel->parentWidget();
         const bool wordless = node.title.empty() && node.detail.empty();
-        words->setVisible(!wordless);
-        if (auto* line = static_cast<QHBoxLayout*>(widget->layout())) {
+        setShown(words, !wordless);
+        // Qt lays the whole window out again on any of these calls, even with the same values.
+        auto* line = static_cast<QHBoxLayout*>(widget->layout());
+        if (line && m.wordless != int(wordless)) {
             line->setStretchFactor(words, wordless ? 0 : 1);
             line->setStretchFactor(m.childLayout->parentWidget(), wordless ? 1 : 0);
             line->setAlignment(m.childLayout->parentWidget(), wordless ? Qt::Alignment() : Qt::AlignRight | Qt::AlignVCenter);
+            m.wordless = wordless;
         }
         break;
     }
@@ -596,6 +637,20 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
         }
         const QKeySequence keys(qs(node.shortcutKeys));
         if (button->shortcut() != keys) button->setShortcut(keys);
+        // The first Cancel of a section answers Escape there; a second would make Escape ambiguous.
+        QWidget* section = node.buttonRole == Role::Cancel && !sections_.empty() ? sections_.back() : nullptr;
+        if (section && !escapeTaken_.insert(section).second) section = nullptr;
+        if (m.escape && m.escape->parent() != section) m.dropEscape();
+        if (section && !m.escape) {
+            m.escape = new QShortcut(QKeySequence(Qt::Key_Escape), section);
+            m.escape->setContext(Qt::WidgetWithChildrenShortcut);
+            const auto actions = m.actions;
+            const auto dispatcher = dispatcher_;
+            QPointer<QPushButton> owner = button;
+            QObject::connect(m.escape.data(), &QShortcut::activated, m.escape.data(), [actions, dispatcher, owner] {
+                if (owner && owner->isEnabled() && owner->isVisible()) dispatcher->run(actions->onPress);
+            });
+        }
         break;
     }
     case Kind::Switch: {
@@ -687,7 +742,8 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
             } else if (auto* option = m.group->button(selected); option && !option->isChecked()) {
                 option->setChecked(true);
             }
-            if (m.pickerStyle == PickerStyle::Segmented) {
+            if (m.pickerStyle == PickerStyle::Segmented && (restyle || rebuild || m.selected != selected)) {
+                m.selected = selected;
                 for (auto* option : m.group->buttons()) {
                     const bool chosen = option->isChecked();
                     QFont font = option->font();
@@ -709,7 +765,7 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
         setAccessibleName(edit, qs(node.title.empty() ? node.placeholderText : node.title));
         const QString placeholder = qs(node.placeholderText);
         if (edit->placeholderText() != placeholder) edit->setPlaceholderText(placeholder);
-        if (edit->isEnabled() != node.isEnabled) edit->setEnabled(node.isEnabled);
+        setEnabledTo(edit, node.isEnabled);
         const QString want = qs(node.text);
         if (edit->text() != want) {
             const bool typing = edit->hasFocus() && !m.sent->empty();
@@ -877,13 +933,16 @@ void ViewRenderer::present(const std::vector<const Node*>& presentations) {
                 p->box = box;
             }
             if (p->box) {
-                p->box->setWindowTitle(qs(node->title));
-                p->box->setText(qs(node->title));
-                p->box->setInformativeText(qs(node->detail));
+                const QString title = qs(node->title);
+                const QString message = qs(node->detail);
+                if (p->box->windowTitle() != title) p->box->setWindowTitle(title);
+                if (p->box->text() != title) p->box->setText(title);
+                if (p->box->informativeText() != message) p->box->setInformativeText(message);
                 for (std::size_t i = 0; i < p->buttons.size() && i < buttons.size(); ++i) {
                     if (!p->buttons[i]) continue;
-                    p->buttons[i]->setText(literalTitle(buttons[i]->title));
-                    p->buttons[i]->setEnabled(buttons[i]->isEnabled);
+                    const QString words = literalTitle(buttons[i]->title);
+                    if (p->buttons[i]->text() != words) p->buttons[i]->setText(words);
+                    if (p->buttons[i]->isEnabled() != buttons[i]->isEnabled) p->buttons[i]->setEnabled(buttons[i]->isEnabled);
                 }
                 if (fresh) p->box->open();
             }
@@ -911,7 +970,7 @@ void ViewRenderer::present(const std::vector<const Node*>& presentations) {
                 p->dialog = dialog;
             }
             if (p->dialog) {
-                p->dialog->setWindowTitle(qs(node->title));
+                if (p->dialog->windowTitle() != qs(node->title)) p->dialog->setWindowTitle(qs(node->title));
                 p->content->setTonePalette(tones_);
                 p->content->render(vstack(node->children));
                 if (fresh) p->dialog->open();

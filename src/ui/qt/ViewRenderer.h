@@ -5,6 +5,11 @@
 // updated in place, so a field being typed into keeps its focus, text, caret and selection
 // while a status poll re-renders, and a keyed list keeps its rows' widgets when it reorders.
 //
+// A field that appears in a render answering the user's own action (Rename, say) takes the
+// keyboard focus with its text selected, so what the user types next goes where they expect and
+// not into the control that had the focus. A Cancel-role button answers Escape while the focus is
+// anywhere in its section.
+//
 // Confirmations in the tree are shown as message boxes and sheets as modal dialogs for as long
 // as they stand in the tree; the dialog of a sheet draws its content with its own renderer.
 
@@ -14,10 +19,13 @@
 
 #include <QPointer>
 
+#include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
+class QLineEdit;
 class QWidget;
 class QVBoxLayout;
 
@@ -64,6 +72,14 @@ private:
     std::vector<std::unique_ptr<Presented>> presented_;
     bool structureChanged_ = false;
     int renders_ = 0;
+
+    // Within one render pass: whether it answers a user's action, the first field it made, the
+    // sections around the node being reconciled and those whose Escape is taken.
+    std::uint64_t seenActions_ = 0;
+    bool answeringUser_ = false;
+    QPointer<QLineEdit> focusNext_;
+    std::vector<QWidget*> sections_;
+    std::set<QWidget*> escapeTaken_;
 };
 
 } // namespace orvan::ui::qt
