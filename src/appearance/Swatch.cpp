@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <map>
+#include <mutex>
 
 namespace orvan::Swatch {
 
@@ -60,11 +62,9 @@ std::string zlibStored(const std::string& raw) {
     return out;
 }
 
-} // namespace
+using Bands = std::array<Rgb, 8>;
 
-std::string png(const ThemePalette& palette) {
-    const std::array<Rgb, 8> bands = {palette.light.bg,  palette.light.card, palette.light.accent, palette.light.ink,
-                                      palette.dark.bg,   palette.dark.card,  palette.dark.accent,  palette.dark.ink};
+std::string encode(const Bands& bands) {
     const int bandWidth = width / static_cast<int>(bands.size());
     std::string raw;
     for (int y = 0; y < height; ++y) {
@@ -86,6 +86,22 @@ std::string png(const ThemePalette& palette) {
     chunk(out, "IDAT", zlibStored(raw));
     chunk(out, "IEND", {});
     return out;
+}
+
+} // namespace
+
+std::string png(const ThemePalette& palette) {
+    const Bands bands = {palette.light.bg, palette.light.card, palette.light.accent, palette.light.ink,
+                         palette.dark.bg,  palette.dark.card,  palette.dark.accent,  palette.dark.ink};
+    // The Appearance section is built on every render; a palette's picture only changes with its
+    // colours, so each is encoded once. Keyed by the colours drawn, not the palette's id, so an
+    // edited palette gets a new picture. Bounded: user palettes could otherwise grow it forever.
+    static std::mutex mutex;
+    static std::map<Bands, std::string> drawn;
+    const std::lock_guard lock(mutex);
+    if (auto found = drawn.find(bands); found != drawn.end()) return found->second;
+    if (drawn.size() >= 256) drawn.clear();
+    return drawn.emplace(bands, encode(bands)).first->second;
 }
 
 } // namespace orvan::Swatch

@@ -117,7 +117,12 @@ TEST_F(Ink, ReadingTheDesktopLeavesOurPaletteInPlace) {
 }
 
 TEST_F(Ink, SwatchesDecodeToTheirPalettesBands) {
-    for (const auto& palette : ThemeCatalog::all()) {
+    // Twice each, the second from the cache; then a palette that keeps its id but not its colours.
+    std::vector<ThemePalette> palettes = ThemeCatalog::all();
+    palettes.insert(palettes.end(), palettes.begin(), palettes.end());
+    palettes.push_back(palettes.front());
+    palettes.back().dark.ink ^= 0x00ff00;
+    for (const auto& palette : palettes) {
         const std::string png = Swatch::png(palette);
         QImage image;
         ASSERT_TRUE(image.loadFromData(reinterpret_cast<const uchar*>(png.data()), static_cast<int>(png.size()), "PNG"))
