@@ -48,7 +48,7 @@ ui::Node nameRow(Bridge& bridge, DeskState& state, const DeskContext& context) {
     return ui::vstack(std::move(rows)).key("nameRow");
 }
 
-ui::Node phonesSection(Bridge& bridge, TimePoint now) {
+ui::Node phonesSection(Bridge& bridge, TimePoint now, std::optional<TimePoint>* wordsChange) {
     ui::Nodes rows;
     if (bridge.phones.empty()) {
         rows.push_back(ui::text("No phone yet. Open Orvan Mobile on your iPhone."));
@@ -58,8 +58,11 @@ ui::Node phonesSection(Bridge& bridge, TimePoint now) {
                            .tone(ui::Tone::Dim)
                            .style(ui::TextStyle::Caption));
     }
-    for (const auto& phone : bridge.phones)
+    for (const auto& phone : bridge.phones) {
         rows.push_back(ui::row(PhoneWords::shown(phone), PhoneWords::role(phone, now), {}).key("phone:" + phone.id));
+        auto changes = PhoneWords::roleChangesAt(phone, now);
+        if (wordsChange && changes && (!*wordsChange || *changes < **wordsChange)) *wordsChange = changes;
+    }
     if (!bridge.phoneNote.empty()) rows.push_back(ui::text(bridge.phoneNote).tone(ui::Tone::Danger));
     return ui::section("Phones", std::move(rows)).key("phones");
 }
@@ -89,7 +92,8 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
             .key("remote"),
         ui::text(RemoteWords::reach).tone(ui::Tone::Dim).style(ui::TextStyle::Caption),
     }).key("mac"));
-    card.push_back(phonesSection(bridge, now));
+    if (context.wordsChange) context.wordsChange->reset();
+    card.push_back(phonesSection(bridge, now, context.wordsChange));
     card.push_back(EnvironmentsSection::build(bridge));
     if (context.themes) card.push_back(AppearanceSection::build(*context.themes));
     card.push_back(loginRow(bridge));

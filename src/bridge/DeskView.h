@@ -29,6 +29,9 @@ struct DeskContext {
     std::string versionLabel;
     // The look; its section shows when there is one.
     ThemeStore* themes = nullptr;
+    // Where the view writes the first moment its words will change with the time alone (a guest's
+    // "ends in 2 hours"), so the host draws again then; left absent when nothing will.
+    std::optional<TimePoint>* wordsChange = nullptr;
 };
 
 namespace DeskView {

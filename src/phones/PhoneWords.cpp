@@ -22,6 +22,11 @@ std::string PhoneWords::role(const CompanionPhone& phone, TimePoint now) {
     return "Member";
 }
 
+std::optional<TimePoint> PhoneWords::roleChangesAt(const CompanionPhone& phone, TimePoint now) {
+    if (phone.role != "guest" || !phone.guest || !phone.guest->ends) return std::nullopt;
+    return GuestWords::changesAt(*phone.guest->ends, now);
+}
+
 bool PhoneWords::needsDevices(const std::vector<CompanionPhone>& phones) {
     for (const auto& p : phones)
         if (p.role == "guest" && (!p.guest || !p.guest->ends)) return true;

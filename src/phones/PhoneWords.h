@@ -16,6 +16,8 @@ inline constexpr const char* devicesPath = "/local/devices";
 std::string shown(const CompanionPhone& phone);
 // Its role in words, with a guest's time left.
 std::string role(const CompanionPhone& phone, TimePoint now);
+// When `role` will read differently without any news from the bridge; none when it never will.
+std::optional<TimePoint> roleChangesAt(const CompanionPhone& phone, TimePoint now);
 bool isGuest(const CompanionPhone& phone);
 
 // A guest whose scope or end date the status left out: the device list has them.

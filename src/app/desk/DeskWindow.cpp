@@ -27,7 +27,11 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
         context.versionLabel = companion_.versionLabel();
         context.changed = [this] { desk_->requestRender(); };
         context.themes = &themes_;
-        return DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context);
+        context.wordsChange = &wordsChange_;
+        TimePoint now = companion_.clock().now();
+        ui::Node tree = DeskView::build(companion_.bridge(), companion_.deskState(), now, context);
+        drawAgainAt(now);
+        return tree;
     });
     desk_->setTonePalette(ui::qt::InkStyle::tones(themes_));
 
@@ -66,10 +70,19 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
 
     subscription_ = companion_.bridge().observe([this] { modelChanged(); });
     look_ = themes_.observe([this] { lookChanged(); });
-    tick_.setInterval(30000);
-    tick_.setTimerType(Qt::VeryCoarseTimer);
-    QObject::connect(&tick_, &QTimer::timeout, &context_, [this] { desk_->requestRender(); });
-    tick_.start();
+    wordsTimer_.setSingleShot(true);
+    wordsTimer_.setTimerType(Qt::CoarseTimer);
+    QObject::connect(&wordsTimer_, &QTimer::timeout, &context_, [this] { desk_->requestRender(); });
+}
+
+void DeskWindow::drawAgainAt(TimePoint now) {
+    // Only words that move with the time need a timer; an unchanged window is never redrawn.
+    if (!wordsChange_) {
+        wordsTimer_.stop();
+        return;
+    }
+    auto wait = std::chrono::ceil<std::chrono::milliseconds>(*wordsChange_ - now);
+    wordsTimer_.start(std::max(wait, std::chrono::milliseconds(0)));
 }
 
 DeskWindow::~DeskWindow() = default;

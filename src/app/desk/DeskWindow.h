@@ -40,6 +40,7 @@ private:
         bool eventFilter(QObject* watched, QEvent* event) override;
     };
     void closedWithoutTray();
+    void drawAgainAt(TimePoint now);
     void modelChanged();
     void updateTrayIcon();
     void lookChanged();
@@ -54,7 +55,8 @@ private:
     ui::Tone trayTone_ = ui::Tone::Normal;
     QObject context_;
     CloseWatch closeWatch_;
-    QTimer tick_;
+    std::optional<TimePoint> wordsChange_;
+    QTimer wordsTimer_;
     Observable::Subscription subscription_;
     Observable::Subscription look_;
 };
