@@ -1,9 +1,12 @@
 #include "ui/TextRenderer.h"
 
 #include "foundation/Text.h"
+#include "ui/HalfBlocks.h"
 
 #include <cmath>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace orvan::ui {
@@ -12,14 +15,49 @@ namespace {
 
 // One line of output: no control characters, valid UTF-8. Titles and texts come from the
 // bridge and from the user, so a newline or an escape sequence in them must not break the
-// layout of the text (or a terminal that shows it).
+// layout of the text (or a terminal that shows it). C1 controls are escapes to a terminal too,
+// and the bidirectional overrides and isolates could make a name read as something else.
 std::string clean(std::string_view words) {
-    std::string valid = Text::toValidUtf8(words);
-    for (char& c : valid) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7f) c = ' ';
+    const std::string valid = Text::toValidUtf8(words);
+    std::string out;
+    out.reserve(valid.size());
+    for (std::size_t i = 0; i < valid.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(valid[i]);
+        const auto next = i + 1 < valid.size() ? static_cast<unsigned char>(valid[i + 1]) : 0;
+        const auto third = i + 2 < valid.size() ? static_cast<unsigned char>(valid[i + 2]) : 0;
+        if (byte < 0x20 || byte == 0x7f) {
+            out += ' ';
+        } else if (byte == 0xc2 && next >= 0x80 && next <= 0x9f) {
+            out += ' ';
+            ++i;
+        } else if (byte == 0xe2 && ((next == 0x80 && third >= 0xaa && third <= 0xae) ||
+                                    (next == 0x81 && third >= 0xa6 && third <= 0xa9))) {
+            i += 2;
+        } else {
+            out += static_cast<char>(byte);
+        }
     }
-    return valid;
+    return out;
+}
+
+// Columns a line takes: one per scalar, which holds for the scripts the views use.
+std::size_t columnsOf(std::string_view line) {
+    std::size_t count = 0;
+    for (char c : line)
+        if ((static_cast<unsigned char>(c) & 0xc0) != 0x80) ++count;
+    return count;
+}
+
+// Byte offset just past `columns` scalars.
+std::size_t offsetOfColumn(std::string_view line, std::size_t columns) {
+    std::size_t seen = 0;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if ((static_cast<unsigned char>(line[i]) & 0xc0) != 0x80) {
+            if (seen == columns) return i;
+            ++seen;
+        }
+    }
+    return line.size();
 }
 
 std::vector<std::string> linesOf(std::string_view words) {
@@ -38,14 +76,21 @@ std::vector<std::string> linesOf(std::string_view words) {
 
 bool isPresented(const Node& node) { return node.kind == Kind::Confirmation || node.kind == Kind::Sheet; }
 
+using Numbers = std::unordered_map<const Node*, int>;
+
 class Writer {
 public:
-    explicit Writer(TextOptions options) : options_(options) {}
+    Writer(TextOptions options, const Numbers* numbers) : options_(options), numbers_(numbers) {}
+
+    // The controls in drawing order, the presented ones apart.
+    const std::vector<const Node*>& mainControls() const { return mainControls_; }
+    const std::vector<const Node*>& presentedControls() const { return presentedControls_; }
 
     std::string finish(const Node& root) {
         block(root, 0);
         // Presentations may hold presentations (a confirmation inside a sheet); they are drawn
         // in the order found, each once.
+        inPresentation_ = true;
         for (std::size_t i = 0; i < presented_.size(); ++i) presentation(*presented_[i]);
         std::string out;
         for (const auto& line : lines_) {
@@ -56,7 +101,10 @@ public:
     }
 
 private:
-    static bool isInline(const Node& node) {
+    bool drawsCode(const Node& node) const { return options_.drawCodes && node.kind == Kind::Picture && node.isPixelated; }
+
+    bool isInline(const Node& node) const {
+        if (drawsCode(node)) return false;
         switch (node.kind) {
         case Kind::Button:
         case Kind::Switch:
@@ -112,6 +160,9 @@ private:
             out += "[(hidden)]";
         else
             out += "[" + clean(node.text) + "]";
+        // With text in it, a field without a label would lose the name a command uses for it.
+        if (options_.numbered && node.title.empty() && !node.text.empty() && !node.placeholderText.empty())
+            out += " (" + clean(node.placeholderText) + ")";
         return out;
     }
 
@@ -119,46 +170,108 @@ private:
         return std::to_string(static_cast<int>(std::floor(fraction * 100.0 + 0.5))) + "%";
     }
 
-    std::string inlineForm(const Node& node) const {
-        std::string out;
+    // Long lists of choices are a menu on a screen; in a terminal they take one line.
+    bool compactPicker(const Node& node) const { return options_.numbered && node.choices.size() > 4; }
+
+    void record(const Node& node) {
+        if (!isControl(node) || !seen_.insert(&node).second) return;
+        (inPresentation_ ? presentedControls_ : mainControls_).push_back(&node);
+    }
+
+    std::string numberOf(const Node& node) const {
+        if (!numbers_) return {};
+        auto found = numbers_->find(&node);
+        return found == numbers_->end() ? std::string{} : std::to_string(found->second) + ") ";
+    }
+
+    std::string inlineForm(const Node& node) {
+        record(node);
+        std::string out = numberOf(node);
         switch (node.kind) {
-        case Kind::Text: out = clean(node.text); break;
-        case Kind::Button: out = "[" + clean(node.title) + "]"; break;
-        case Kind::Switch: out = std::string(node.isOn ? "[x] " : "[ ] ") + clean(node.title); break;
+        case Kind::Text: out += clean(node.text); break;
+        case Kind::Button: out += "[" + clean(node.title) + "]"; break;
+        case Kind::Switch: out += std::string(node.isOn ? "[x] " : "[ ] ") + clean(node.title); break;
         case Kind::Picker: {
             const std::string& label = node.pickerLabel.empty() ? node.title : node.pickerLabel;
-            if (!label.empty()) out = clean(label) + ":";
-            for (const auto& choice : node.choices) {
-                if (!out.empty()) out += out.back() == ':' ? " " : "  ";
-                out += (choice.value == node.selectedValue ? "(\u2022) " : "( ) ") + clean(choice.title);
+            if (compactPicker(node)) {
+                std::string selected = "(none)";
+                for (const auto& choice : node.choices)
+                    if (choice.value == node.selectedValue) selected = clean(choice.title);
+                const std::string ref = label.empty() ? numberOf(node).substr(0, numberOf(node).size() - 2)
+                                                      : clean(refFor(node));
+                out += (label.empty() ? "" : clean(label) + ": ") + selected + " (choose with: choose " + ref + " NAME)";
+                break;
             }
+            std::string choices = label.empty() ? std::string{} : clean(label) + ":";
+            for (const auto& choice : node.choices) {
+                if (!choices.empty()) choices += choices.back() == ':' ? " " : "  ";
+                choices += (choice.value == node.selectedValue ? "(\u2022) " : "( ) ") + clean(choice.title);
+            }
+            out += choices;
             break;
         }
         case Kind::Field:
-        case Kind::SecureField: out = field(node); break;
+        case Kind::SecureField: out += field(node); break;
         case Kind::Picture: {
-            out = "<picture";
+            out += "<picture";
             if (!node.title.empty()) out += ": " + clean(node.title) + ",";
             out += " " + std::to_string(node.width) + "x" + std::to_string(node.height) + ">";
             break;
         }
         case Kind::Progress: {
             const std::string measure = node.fraction ? percent(*node.fraction) : "(in progress)";
-            out = node.title.empty() ? measure : clean(node.title) + ": " + measure;
+            out += node.title.empty() ? measure : clean(node.title) + ": " + measure;
             break;
         }
-        case Kind::Spinner: out = node.title.empty() ? "(working)" : "(working) " + clean(node.title); break;
+        case Kind::Spinner: out += node.title.empty() ? "(working)" : "(working) " + clean(node.title); break;
         case Kind::Symbol:
-            out = "<" + clean(node.symbolName) + ", " + toneName(node.textTone) + ">";
+            out += "<" + clean(node.symbolName) + ", " + toneName(node.textTone) + ">";
             break;
-        case Kind::Link: out = clean(node.title) + " (link)"; break;
-        case Kind::Menu: out = "[" + clean(node.title) + " \u25be]"; break;
+        case Kind::Link: out += clean(node.title) + " (link)"; break;
+        case Kind::Menu: out += "[" + clean(node.title) + " \u25be]"; break;
         default: break;
         }
         return out + annotate(node) + disabled(node);
     }
 
-    void line(int indent, std::string words) { lines_.push_back(std::string(static_cast<std::size_t>(indent) * 2, ' ') + words); }
+    void line(int indent, std::string words) {
+        std::string lead(static_cast<std::size_t>(indent) * 2, ' ');
+        const auto width = static_cast<std::size_t>(options_.width);
+        // Wrapped lines hang under the first, so a control's number still starts its line.
+        std::string_view rest = words;
+        std::string hang = lead;
+        while (width > lead.size() + 8 && lead.size() + columnsOf(rest) > width) {
+            const std::size_t room = width - lead.size();
+            const std::size_t cut = offsetOfColumn(rest, room);
+            auto space = rest.substr(0, cut + 1).rfind(' ');
+            const bool atWord = space != std::string_view::npos && space > 0;
+            const std::size_t take = atWord ? space : cut;
+            lines_.push_back(lead + std::string(rest.substr(0, take)));
+            rest = rest.substr(atWord ? take + 1 : take);
+            while (!rest.empty() && rest.front() == ' ') rest.remove_prefix(1);
+            if (lead == hang) lead += "    ";
+        }
+        lines_.push_back(lead + std::string(rest));
+    }
+
+    // Art is never wrapped: it is drawn only when it fits.
+    void rawLine(int indent, const std::string& words) {
+        lines_.push_back(std::string(static_cast<std::size_t>(indent) * 2, ' ') + words);
+    }
+
+    void code(const Node& node, int indent) {
+        const std::string description = inlineForm(node);
+        std::vector<std::string> art;
+        if (auto pixels = readPngDarkness(node.pngBytes))
+            if (auto modules = modulesOf(*pixels)) art = halfBlocks(*modules, quietModules, options_.invert);
+        const std::size_t needed = art.empty() ? 0 : columnsOf(art.front()) + static_cast<std::size_t>(indent) * 2;
+        if (!art.empty() && options_.width > 0 && needed > static_cast<std::size_t>(options_.width)) {
+            line(indent, description + " (needs a terminal " + std::to_string(needed) + " columns wide)");
+            return;
+        }
+        line(indent, description);
+        for (const auto& piece : art) rawLine(indent, piece);
+    }
 
     void helpLine(const Node& node, int indent, const std::string& prefix = {}) {
         if (!options_.help || node.helpText.empty()) return;
@@ -247,6 +360,11 @@ private:
             helpLine(node, indent + 1);
             break;
         case Kind::Separator: line(indent, "----"); break;
+        case Kind::Picture:
+            if (drawsCode(node)) code(node, indent);
+            else line(indent, inlineForm(node));
+            helpLine(node, indent + 1);
+            break;
         case Kind::Menu:
             if (node.title.empty()) {
                 children(node, indent);
@@ -277,12 +395,36 @@ private:
     }
 
     TextOptions options_;
+    const Numbers* numbers_;
     std::vector<std::string> lines_;
     std::vector<const Node*> presented_;
+    std::vector<const Node*> mainControls_;
+    std::vector<const Node*> presentedControls_;
+    std::unordered_set<const Node*> seen_;
+    bool inPresentation_ = false;
 };
 
 } // namespace
 
-std::string TextRenderer::render(const Node& root) const { return Writer(options_).finish(root); }
+std::string TextRenderer::render(const Node& root) const { return frame(root).text; }
+
+TextFrame TextRenderer::frame(const Node& root) const {
+    if (!options_.numbered) return {Writer(options_, nullptr).finish(root), {}};
+    // A first pass finds the controls in reading order; the second draws them with numbers.
+    Writer finder(options_, nullptr);
+    finder.finish(root);
+    TextFrame out;
+    Numbers numbers;
+    int next = 0;
+    for (bool presented : {true, false}) {
+        for (const Node* node : presented ? finder.presentedControls() : finder.mainControls()) {
+            const int number = node->isEnabled ? ++next : 0;
+            if (number) numbers[node] = number;
+            out.controls.push_back({node, number, presented});
+        }
+    }
+    out.text = Writer(options_, &numbers).finish(root);
+    return out;
+}
 
 } // namespace orvan::ui

@@ -75,6 +75,21 @@ std::vector<Case> cases() {
          "Main\n>>> Sheet: Invite\n  Scan this\n<<<\n>>> Confirmation: Stop?\n  [Stop]\n<<<\n"},
         {"control characters in titles stay on one line", ui::button("Bad\nname\x1b[2J", noop), "[Bad name [2J]\n"},
         {"invalid UTF-8 is replaced, not passed on", ui::text("a\xff" "b"), "a\uFFFDb\n"},
+        {"C1 controls become spaces", ui::text("a\u0080b\u0085c\u009bd\u00a0e"), "a b c d\u00a0e\n"},
+        {"bidirectional overrides and isolates are dropped",
+         ui::text("a\u202ab\u202bc\u202cd\u202de\u202ef\u2066g\u2067h\u2068i\u2069j\u2065k\u202fl"),
+         "abcdefghij\u2065k\u202fl\n"},
+        {"long lines wrap at words, hanging under the first",
+         ui::section("S", {ui::text("one two three four five six seven eight nine")}),
+         "== S ==\n  one two three four\n      five six seven\n      eight nine\n", ui::TextOptions{.width = 20}},
+        {"a word longer than the width is cut", ui::text("abcdefghijklmnopqrstuvwxyz"),
+         "abcdefghijklmnopqrst\n    uvwxyz\n", ui::TextOptions{.width = 20}},
+        {"a long list of choices takes one line in a terminal",
+         ui::picker("Palette", {{"A", "a"}, {"B", "b"}, {"C", "c"}, {"D", "d"}, {"Tokyo Night", "t"}}, "t", onChange),
+         "1) Palette: Tokyo Night (choose with: choose Palette NAME)\n", ui::TextOptions{.numbered = true}},
+        {"a filled field without a label keeps its placeholder in sight",
+         ui::field("name", "", "Studio", onChange).placeholder("Name this Mac"),
+         "1) [Studio] (Name this Mac)\n", ui::TextOptions{.numbered = true}},
         {"help on request, under the node",
          ui::row("Name", {ui::button("Rename", noop).help("The name your iPhone shows for this Mac.")}),
          "Name  [Rename]\n  ? The name your iPhone shows for this Mac.\n", ui::TextOptions{.help = true}},
@@ -117,7 +132,8 @@ TEST(TextRendering, SecureTextNeverPrinted) {
         ui::sheet("Sign in", {secure()}, noop),
         ui::confirmation("Send?", "", {secure()}),
     });
-    for (ui::TextOptions options : {ui::TextOptions{}, ui::TextOptions{.help = true, .detailed = true}}) {
+    for (ui::TextOptions options : {ui::TextOptions{}, ui::TextOptions{.help = true, .detailed = true},
+                                    ui::TextOptions{.numbered = true, .width = 30, .drawCodes = true}}) {
         const std::string out = ui::TextRenderer(options).render(tree);
         EXPECT_EQ(out.find("hunter2"), std::string::npos) << out;
         EXPECT_EQ(out.find("token"), std::string::npos) << out;
