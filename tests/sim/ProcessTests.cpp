@@ -78,8 +78,13 @@ INSTANTIATE_TEST_SUITE_P(Signals, SimSignal, testing::Values(SIGTERM, SIGINT),
                          [](const auto& info) { return std::string(info.param == SIGTERM ? "Term" : "Interrupt"); });
 
 TEST(SimLifecycle, ExitsAfterTheTimeGivenOrOnRequestAfterAnswering) {
-    SimProcess timed({"--exit-after", "0.2"}), asked;
+    SimProcess timed({"--exit-after", "2"}), asked;
     ASSERT_TRUE(timed.ready() && asked.ready());
+    // A client that keeps its connection open, as the companion does, must not hold the end back
+    // for the 30 s keep-alive time (the wait below gives up after 10 s).
+    auto kept = timed.client();
+    kept.set_keep_alive(true);
+    ASSERT_TRUE(kept.Get("/healthz"));
     auto answer = asked.post("/_sim/exit", {{"code", 3}});
     ASSERT_TRUE(answer);
     EXPECT_EQ(answer->status, 204);
