@@ -7,7 +7,11 @@
 #include <QAction>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
+
+#include <cstdlib>
+#include <fstream>
 
 #include <gtest/gtest.h>
 
@@ -90,6 +94,61 @@ INSTANTIATE_TEST_SUITE_P(
                       SizeCase{"NotAnObject", Json("700x800"), QSize(760, 800)},
                       SizeCase{"Absurd", Json{{"width", 1e300}, {"height", -5}}, QSize(760, 800)}),
     [](const ::testing::TestParamInfo<SizeCase>& info) { return std::string(info.param.name); });
+
+struct FitCase {
+    const char* name;
+    QSize wanted;
+    QSize room;
+    ui::qt::WindowFit expected;
+};
+
+class Fit : public ::testing::TestWithParam<FitCase> {};
+
+// The main window's minimum is 640 by 780 and its default 760 by 920.
+TEST_P(Fit, HoldsMinimumAndSizeToTheRoom) {
+    const FitCase& c = GetParam();
+    const auto fit = ui::qt::fitWindow(QSize(640, 780), c.wanted, c.room);
+    EXPECT_EQ(fit.minimum, c.expected.minimum);
+    EXPECT_EQ(fit.size, c.expected.size);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Screens, Fit,
+    ::testing::Values(FitCase{"Laptop", {760, 920}, {1366, 740}, {{640, 740}, {760, 740}}},
+                      FitCase{"LargeScreen", {760, 920}, {1920, 1050}, {{640, 780}, {760, 920}}},
+                      FitCase{"RememberedFromALargerScreen", {1800, 1000}, {1366, 740}, {{640, 740}, {1366, 740}}},
+                      FitCase{"RememberedBelowTheMinimum", {10, 10}, {1920, 1050}, {{640, 780}, {640, 780}}},
+                      FitCase{"SmallerThanTheMinimumBothWays", {760, 920}, {600, 500}, {{600, 500}, {600, 500}}},
+                      FitCase{"UnknownRoom", {760, 920}, {}, {{640, 780}, {760, 920}}}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+// A real window on a 1366 by 768 screen whose windows have frames: the test program runs itself
+// again on such a screen, which the offscreen platform reads from a file.
+TEST_F(Host, WholeWindowFitsALaptopScreen) {
+    if (qEnvironmentVariableIsSet("ORVAN_SMALL_SCREEN")) {
+        ui::qt::WindowHost host(windowSetup(), [] { return ui::text("x"); });
+        host.show();
+        settle();
+        const QRect room = host.window()->screen()->availableGeometry();
+        ASSERT_EQ(room.size(), QSize(1366, 768));
+        EXPECT_TRUE(room.contains(host.window()->frameGeometry()))
+            << host.window()->frameGeometry().width() << "x" << host.window()->frameGeometry().height();
+        EXPECT_LE(host.window()->minimumHeight(), host.window()->height());
+        return;
+    }
+    const auto config = folder.path / "screen.json";
+    std::ofstream(config) << R"({"windowFrameMargins": true, "screens": [{"name": "laptop", "x": 0, "y": 0,
+        "width": 1366, "height": 768, "logicalDpiX": 96, "logicalDpiY": 96, "dpr": 1}]})";
+    const std::string command = "ORVAN_SMALL_SCREEN=1 QT_QPA_PLATFORM='offscreen:configfile=" + config.string() +
+                                "' /proc/" + std::to_string(::getpid()) +
+                                "/exe --gtest_filter=Host.WholeWindowFitsALaptopScreen >" +
+                                (folder.path / "out").string() + " 2>&1";
+    const int status = std::system(command.c_str());
+    std::ifstream out(folder.path / "out");
+    const std::string said{std::istreambuf_iterator<char>(out), std::istreambuf_iterator<char>()};
+    EXPECT_EQ(status, 0) << said;
+    EXPECT_NE(said.find("[  PASSED  ] 1 test"), std::string::npos) << said;
+}
 
 TEST_F(Host, WindowScrollsHasItsTitleAndMinimumAndRemembersItsSizeOnClosing) {
     {

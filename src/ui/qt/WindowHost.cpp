@@ -11,6 +11,13 @@
 
 namespace orvan::ui::qt {
 
+WindowFit fitWindow(QSize minimum, QSize wanted, QSize room) {
+    if (!minimum.isValid()) minimum = QSize(0, 0);
+    if (!room.isValid() || room.isEmpty()) return {minimum, wanted.expandedTo(minimum)};
+    const QSize least = minimum.boundedTo(room);
+    return {least, wanted.expandedTo(least).boundedTo(room)};
+}
+
 // The top-level window: tells the host when its size settles and when it closes.
 class WindowHost::Frame : public QWidget {
 public:
@@ -21,6 +28,16 @@ public:
     }
 
 protected:
+    // The frame's size is known only once the window is on screen, and the screen may change as
+    // it moves; either may leave less room than it was fitted to.
+    void showEvent(QShowEvent* event) override {
+        QWidget::showEvent(event);
+        host_.fitToScreen(size());
+    }
+    void moveEvent(QMoveEvent* event) override {
+        QWidget::moveEvent(event);
+        if (isVisible()) host_.fitToScreen(size());
+    }
     void resizeEvent(QResizeEvent* event) override {
         QWidget::resizeEvent(event);
         // A drag sends many sizes; the one it ends on is kept.
@@ -42,7 +59,6 @@ WindowHost::WindowHost(WindowSpec setup, View view)
     frame_ = std::make_unique<Frame>(*this);
     frame_->setWindowTitle(QString::fromStdString(spec_.title));
     frame_->setObjectName(QString::fromStdString(spec_.id));
-    if (spec_.minimumSize.isValid()) frame_->setMinimumSize(spec_.minimumSize);
 
     auto* outer = new QVBoxLayout(frame_.get());
     outer->setContentsMargins(0, 0, 0, 0);
@@ -133,12 +149,17 @@ void WindowHost::restoreSize() {
             }
         }
     }
-    size = size.expandedTo(frame_->minimumSize());
-    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
-        const QSize room = screen->availableGeometry().size();
-        if (room.isValid() && !room.isEmpty()) size = size.boundedTo(room.expandedTo(frame_->minimumSize()));
-    }
-    frame_->resize(size);
+    fitToScreen(size);
+}
+
+void WindowHost::fitToScreen(QSize wanted) {
+    const QScreen* screen = frame_->screen();
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    QSize room;
+    if (screen) room = screen->availableGeometry().size() - (frame_->frameGeometry().size() - frame_->size());
+    const WindowFit fit = fitWindow(spec_.minimumSize, wanted, room);
+    if (frame_->minimumSize() != fit.minimum) frame_->setMinimumSize(fit.minimum);
+    if (frame_->size() != fit.size) frame_->resize(fit.size);
 }
 
 void WindowHost::saveSize() {

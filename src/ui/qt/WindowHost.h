@@ -36,6 +36,16 @@ struct WindowSpec {
     std::shared_ptr<UserDefaults> defaults;
 };
 
+// The window's minimum and size held to the room a screen gives it (its available area less the
+// window's frame), so that the whole window, title bar included, fits a small laptop screen; the
+// content scrolls inside. A room that is unknown (empty) leaves both as asked.
+struct WindowFit {
+    QSize minimum;
+    QSize size;
+    bool operator==(const WindowFit&) const = default;
+};
+WindowFit fitWindow(QSize minimum, QSize wanted, QSize room);
+
 class WindowHost {
 public:
     using View = std::function<Node()>;
@@ -63,6 +73,8 @@ public:
 
 private:
     class Frame;
+    // Fits the window to the screen it is on, at `wanted` or less.
+    void fitToScreen(QSize wanted);
     void restoreSize();
     void saveSize();
 
