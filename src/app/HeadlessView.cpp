@@ -1,11 +1,63 @@
 #include "app/HeadlessView.h"
 
+#include "appearance/AppearanceSection.h"
 #include "appearance/ThemeStore.h"
-#include "ui/TextRenderer.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+#include <utility>
 
 namespace orvan::app {
 
-HeadlessView::HeadlessView(Companion& companion, std::FILE* out) : companion_(companion), out_(out) {
+namespace {
+
+constexpr const char* separator = "\n──────── Remote control ────────\n";
+// A line longer than this is not a command anyone typed.
+constexpr std::size_t maxLine = 64 * 1024;
+
+std::vector<std::string> splitLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        auto end = text.find('\n', start);
+        if (end == std::string::npos) end = text.size();
+        lines.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return lines;
+}
+
+std::string answer(const std::string& sentence) { return "> " + sentence + "\n"; }
+
+// What only a display can use is folded into the few lines a terminal needs.
+void fitForText(ui::Node& node) {
+    if (node.kind == ui::Kind::Section && node.identity == "appearance") {
+        AppearanceSection::compact(node, ThemeStore::shared());
+        return;
+    }
+    for (auto& child : node.children) fitForText(child);
+}
+
+} // namespace
+
+HeadlessOptions HeadlessOptions::from(const QStringList& arguments) {
+    HeadlessOptions options;
+    options.quietFrames = arguments.contains(QStringLiteral("--quiet-frames"));
+    options.invert = arguments.contains(QStringLiteral("--invert"));
+    bool ok = false;
+    const int columns = qEnvironmentVariable("COLUMNS").toInt(&ok);
+    winsize size{};
+    if (ok && columns > 0) options.width = columns;
+    else if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) options.width = size.ws_col;
+    return options;
+}
+
+HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions options)
+    : companion_(companion), out_(out), options_(options) {
     subscription_ = companion_.bridge().observe([this] { requestRender(); });
     look_ = ThemeStore::shared().observe([this] { requestRender(); });
     // Words that depend on the time ("ends in 2 hours") move on even when nothing else does.
@@ -13,7 +65,15 @@ HeadlessView::HeadlessView(Companion& companion, std::FILE* out) : companion_(co
     tick_.setTimerType(Qt::VeryCoarseTimer);
     QObject::connect(&tick_, &QTimer::timeout, &context_, [this] { requestRender(); });
     tick_.start();
+    // Commands arrive whenever the event loop is free; an input that ends or was never there
+    // leaves the program running, as under a service manager.
+    if (options_.readInput && ::fcntl(STDIN_FILENO, F_GETFD) != -1) {
+        input_ = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
+        QObject::connect(input_.get(), &QSocketNotifier::activated, &context_, [this] { readInput(); });
+    }
 }
+
+HeadlessView::~HeadlessView() { echo(true); }
 
 void HeadlessView::requestRender() {
     if (pending_) return;
@@ -29,13 +89,164 @@ void HeadlessView::renderNow() {
     context.versionLabel = companion_.versionLabel();
     context.changed = [this] { requestRender(); };
     context.themes = &ThemeStore::shared();
-    std::string frame = ui::TextRenderer().render(
+    auto tree = std::make_unique<ui::Node>(
         DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context));
-    if (frame == last_) return;
-    last_ = frame;
-    std::fputs("\n──────── Remote control ────────\n", out_);
-    std::fputs(frame.c_str(), out_);
+    fitForText(*tree);
+    ui::TextOptions text;
+    text.numbered = true;
+    text.width = options_.width;
+    text.drawCodes = true;
+    text.invert = options_.invert;
+    ui::TextFrame frame = ui::TextRenderer(text).frame(*tree);
+    // The controls point into the tree they came from, so the two are replaced together.
+    tree_ = std::move(tree);
+    controls_ = std::move(frame.controls);
+    if (frame.text == last_) return;
+    if (options_.quietFrames) printChanges(frame.text);
+    else print(separator + frame.text);
+    last_ = std::move(frame.text);
+}
+
+void HeadlessView::print(const std::string& text) {
+    std::fputs(text.c_str(), out_);
     std::fflush(out_);
+}
+
+// The lines that went ("- ") and came ("+ "), along the longest run the frames share.
+void HeadlessView::printChanges(const std::string& frame) {
+    const auto before = splitLines(last_);
+    const auto after = splitLines(frame);
+    const std::size_t n = before.size(), m = after.size();
+    std::string out;
+    if (n * m > 4'000'000) {
+        for (const auto& line : after) out += "+ " + line + "\n";
+        print(out);
+        return;
+    }
+    std::vector<std::vector<std::uint32_t>> common(n + 1, std::vector<std::uint32_t>(m + 1, 0));
+    for (std::size_t i = n; i-- > 0;)
+        for (std::size_t j = m; j-- > 0;)
+            common[i][j] = before[i] == after[j] ? common[i + 1][j + 1] + 1 : std::max(common[i + 1][j], common[i][j + 1]);
+    std::size_t i = 0, j = 0;
+    while (i < n || j < m) {
+        if (i < n && j < m && before[i] == after[j]) {
+            ++i;
+            ++j;
+        } else if (j < m && (i == n || common[i][j + 1] >= common[i + 1][j])) {
+            out += "+ " + after[j++] + "\n";
+        } else {
+            out += "- " + before[i++] + "\n";
+        }
+    }
+    print(out);
+}
+
+CommandAnswer HeadlessView::perform(const std::string& line, bool fromTerminal) {
+    const ui::Parsed parsed = ui::parseCommand(line);
+    if (!parsed.command) return {false, answer(parsed.error)};
+    const ui::Command& command = *parsed.command;
+    switch (command.verb) {
+    case ui::Verb::Show:
+        return {true, separator + last_ + answer("That is the frame as it stands.")};
+    case ui::Verb::Help: {
+        std::string text;
+        for (const auto& piece : ui::helpLines()) text += answer(piece);
+        return {true, text};
+    }
+    case ui::Verb::Quit:
+        // Through the event loop, so the answer reaches whoever asked before the program ends.
+        QTimer::singleShot(0, qApp, [] { QCoreApplication::quit(); });
+        return {true, answer("Quitting; the bridge this program started stops with it.")};
+    default: break;
+    }
+    const ui::Outcome outcome = ui::perform(controls_, command);
+    if (outcome.secretFor) {
+        const std::string title = ui::controlTitle(*outcome.secretFor);
+        if (!fromTerminal || !::isatty(STDIN_FILENO))
+            return {false, answer(title + " is a secure field: put its text after it (type " +
+                                  ui::refFor(*outcome.secretFor) + " TEXT), or type it in the terminal.")};
+        secretField_ = outcome.secretFor->identity.empty() ? title : outcome.secretFor->identity;
+        echo(false);
+        return {true, answer("Type the text for " + title + " and press Return; it will not show.")};
+    }
+    // The model moved: draw now, so the next command of a script sees the controls it opened.
+    if (outcome.accepted) renderNow();
+    return {outcome.accepted, answer(outcome.answer)};
+}
+
+void HeadlessView::echo(bool on) {
+    if (!on) {
+        termios quiet{};
+        if (::tcgetattr(STDIN_FILENO, &savedTerminal_) != 0) return;
+        quiet = savedTerminal_;
+        quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        echoOff_ = ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet) == 0;
+    } else if (echoOff_) {
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &savedTerminal_);
+        echoOff_ = false;
+    }
+}
+
+void HeadlessView::readInput() {
+    char buffer[4096];
+    const ssize_t n = ::read(STDIN_FILENO, buffer, sizeof buffer);
+    if (n < 0 && (errno == EINTR || errno == EAGAIN)) return;
+    if (n <= 0) {
+        // The input ended: nothing more will come, but the program goes on.
+        input_->setEnabled(false);
+        echo(true);
+        return;
+    }
+    partial_.append(buffer, static_cast<std::size_t>(n));
+    std::size_t start = 0;
+    for (auto end = partial_.find('\n'); end != std::string::npos; end = partial_.find('\n', start)) {
+        std::string line = partial_.substr(start, end - start);
+        start = end + 1;
+        if (skippingLongLine_) {
+            skippingLongLine_ = false;
+            continue;
+        }
+        inputLine(line);
+        std::fill(line.begin(), line.end(), '\0');
+    }
+    std::fill(partial_.begin(), partial_.begin() + static_cast<std::ptrdiff_t>(start), '\0');
+    partial_.erase(0, start);
+    if (partial_.size() > maxLine) {
+        // Not kept: it could be a secret pasted into the wrong place.
+        std::fill(partial_.begin(), partial_.end(), '\0');
+        partial_.clear();
+        skippingLongLine_ = true;
+        print(answer("That line is too long; it was left out."));
+    }
+}
+
+void HeadlessView::inputLine(const std::string& line) {
+    if (!secretField_.empty()) {
+        const std::string wanted = std::exchange(secretField_, {});
+        echo(true);
+        std::string secret = line;
+        if (!secret.empty() && secret.back() == '\r') secret.pop_back();
+        const ui::Node* field = nullptr;
+        for (const auto& control : controls_) {
+            const ui::Node& node = *control.node;
+            if (node.kind == ui::Kind::SecureField && control.number &&
+                (node.identity == wanted || ui::controlTitle(node) == wanted))
+                field = &node;
+        }
+        // The terminal did not echo the Return either.
+        print("\n");
+        if (!field) {
+            print(answer("That field is gone; nothing was typed."));
+        } else {
+            const ui::Outcome outcome = ui::typeInto(*field, secret);
+            renderNow();
+            print(answer(outcome.answer));
+        }
+        std::fill(secret.begin(), secret.end(), '\0');
+        return;
+    }
+    if (line.find_first_not_of(" \t\r") == std::string::npos) return;
+    print(perform(line, true).text);
 }
 
 } // namespace orvan::app

@@ -21,6 +21,13 @@ std::optional<std::string> valueOf(int argc, char** argv, const char* flag) {
     return std::nullopt;
 }
 
+std::vector<std::string> valuesOf(int argc, char** argv, const char* flag) {
+    std::vector<std::string> values;
+    for (int i = 1; i + 1 < argc; ++i)
+        if (std::strcmp(argv[i], flag) == 0) values.emplace_back(argv[++i]);
+    return values;
+}
+
 bool wantsHeadless(int argc, char** argv, const Environment& environment) {
     if (hasFlag(argc, argv, "--headless")) return true;
     auto set = [&](const char* name) {
@@ -37,8 +44,18 @@ std::optional<int> answerInfo(int argc, char** argv) {
     }
     if (hasFlag(argc, argv, "--help")) {
         std::printf("Usage: orvan-companion [--headless] [--launched-at-login] [--snapshot FILE.png] [--version]\n"
+                    "       orvan-companion --send COMMAND [--send COMMAND ...]\n"
                     "Supervises the local bridge on 127.0.0.1:8787 and shows its state: a tray icon and the\n"
-                    "\"Remote control\" window, or, with --headless or without a display, the window as text.\n");
+                    "\"Remote control\" window, or, with --headless or without a display, the window as text.\n"
+                    "\n"
+                    "The text view numbers its controls and takes commands on standard input, one per line\n"
+                    "(type help there for the list). Options for it:\n"
+                    "  --quiet-frames  print only the lines that changed, and the answers (for logs)\n"
+                    "  --invert        draw codes for terminals with light text on a dark background\n"
+                    "\n"
+                    "--send hands a command to the running companion and prints its answer, as in\n"
+                    "  orvan-companion --send \"press Rename\" --send 'type \"Name this Mac\" Studio' --send \"press Save\"\n"
+                    "It exits 0 when every command was accepted, 1 when one was refused, 2 when none runs.\n");
         return 0;
     }
     return std::nullopt;
@@ -46,6 +63,7 @@ std::optional<int> answerInfo(int argc, char** argv) {
 
 int run(QCoreApplication& app, int argc, char** argv,
         const std::function<std::unique_ptr<FrontEnd>(Companion&)>& makeFrontEnd) {
+    if (auto commands = valuesOf(argc, argv, "--send"); !commands.empty()) return SingleInstance::send(commands, stdout);
     if (SingleInstance::askRunningToShow()) {
         std::fputs("Orvan Companion is already running; its window was brought forward.\n", stderr);
         return 0;
@@ -54,7 +72,8 @@ int run(QCoreApplication& app, int argc, char** argv,
                         std::vector<std::string>(argv + 1, argv + argc));
     companion.willFinishLaunching();
     std::unique_ptr<FrontEnd> front = makeFrontEnd(companion);
-    SingleInstance instance([&] { front->bringForward(); });
+    SingleInstance instance([&] { front->bringForward(); },
+                            [&](const std::string& line) { return front->command(line); });
     companion.didFinishLaunching();
 
     // Every way out passes here, so our own bridge never outlives a deliberate quit.

@@ -9,11 +9,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvan::app {
 
 bool hasFlag(int argc, char** argv, const char* flag);
 std::optional<std::string> valueOf(int argc, char** argv, const char* flag);
+// Every value of a flag that may be given more than once.
+std::vector<std::string> valuesOf(int argc, char** argv, const char* flag);
 
 // Headless when asked, or when no display can be reached and no platform was chosen by hand.
 bool wantsHeadless(int argc, char** argv, const Environment& environment);

@@ -6,10 +6,15 @@
 
 #include <QCoreApplication>
 #include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace orvan;
 
 int main(int argc, char** argv) {
+    // Started with standard input closed, the first file opened would take its place and be
+    // read as commands.
+    if (::fcntl(STDIN_FILENO, F_GETFD) == -1) ::open("/dev/null", O_RDONLY);
     if (auto answered = app::answerInfo(argc, argv)) return *answered;
     QCoreApplication::setApplicationName(QStringLiteral("Orvan Companion"));
     QCoreApplication app(argc, argv);

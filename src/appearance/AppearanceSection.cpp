@@ -4,6 +4,7 @@
 #include "appearance/Swatch.h"
 #include "appearance/ThemeCatalog.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,33 @@ ui::Node build(ThemeStore& store) {
     };
     for (const auto& palette : ThemeCatalog::all()) children.push_back(paletteRow(store, palette));
     return ui::section(title, AppearanceWords::line, std::move(children)).key("appearance");
+}
+
+void compact(ui::Node& section, ThemeStore& store) {
+    std::vector<ui::Choice> palettes;
+    for (const auto& palette : ThemeCatalog::all()) palettes.push_back({palette.name, palette.id});
+    const ThemeChoice& choice = store.choice();
+    auto nameOf = [](const std::string& id) {
+        for (const auto& palette : ThemeCatalog::all())
+            if (palette.id == id) return palette.name;
+        return id;
+    };
+    // The palette rows carry the palettes' ids as keys; everything else in the section stays.
+    ui::Nodes kept;
+    for (auto& child : section.children) {
+        const bool paletteRow = std::any_of(palettes.begin(), palettes.end(),
+                                            [&](const ui::Choice& p) { return p.value == child.identity; });
+        const bool clickHint = child.kind == ui::Kind::Text && child.text == AppearanceWords::themes;
+        if (!paletteRow && !clickHint) kept.push_back(std::move(child));
+    }
+    kept.push_back(ui::picker("Palette", palettes, choice.light == choice.dark ? choice.light : std::string{},
+                              [&store](const std::string& id) { store.setChoice(ThemeChoice::both(id)); })
+                       .pickerAs(ui::PickerStyle::Menu)
+                       .key("palette"));
+    if (choice.light != choice.dark)
+        kept.push_back(ui::text("Light: " + nameOf(choice.light) + ", Dark: " + nameOf(choice.dark) + ".")
+                           .tone(ui::Tone::Dim));
+    section.children = std::move(kept);
 }
 
 } // namespace orvan::AppearanceSection

@@ -13,4 +13,8 @@ inline constexpr const char* title = "Appearance";
 
 ui::Node build(ThemeStore& store);
 
+// The section as a terminal needs it: the palettes' swatches and links become one picker that
+// uses the chosen palette for both sides, and a line says so when the two sides differ.
+void compact(ui::Node& section, ThemeStore& store);
+
 } // namespace orvan::AppearanceSection

@@ -5,6 +5,7 @@
 #include <QProcessEnvironment>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 
 namespace orvan {
 namespace {
@@ -29,6 +30,9 @@ protected:
         env.insert("XDG_DATA_HOME", QString::fromStdString((home_.root / "share").string()));
         env.insert("XDG_CONFIG_HOME", QString::fromStdString((home_.root / "config").string()));
         env.insert("ORVAN_DIR", QString::fromStdString(home_.data().string()));
+        // A socket folder of the test's own, so a companion someone runs meanwhile is not found.
+        ::mkdir((home_.root / "run").c_str(), 0700);
+        env.insert("XDG_RUNTIME_DIR", QString::fromStdString((home_.root / "run").string()));
         env.remove("ORVAN_COMPANION_BIN");
         env.remove("TULM_COMPANION_BIN");
         program_.setProcessEnvironment(env);
@@ -84,6 +88,8 @@ TEST(HeadlessAdopting, ABridgeStartedElsewhereIsReadThenMissedButNotRelaunched) 
     env.insert("HOME", QString::fromStdString(home.root.string()));
     env.insert("XDG_CONFIG_HOME", QString::fromStdString((home.root / "config").string()));
     env.insert("ORVAN_DIR", QString::fromStdString(home.data().string()));
+    ::mkdir((home.root / "run").c_str(), 0700);
+    env.insert("XDG_RUNTIME_DIR", QString::fromStdString((home.root / "run").string()));
     program.setProcessEnvironment(env);
     std::string output;
     QObject::connect(&program, &QProcess::readyReadStandardOutput,
