@@ -1,6 +1,6 @@
 #include "app/HeadlessView.h"
 
-#include "appearance/AppearanceSection.h"
+#include "app/TreeCommands.h"
 #include "appearance/ThemeStore.h"
 
 #include <algorithm>
@@ -15,7 +15,6 @@ namespace orvan::app {
 
 namespace {
 
-constexpr const char* separator = "\n──────── Remote control ────────\n";
 // A line longer than this is not a command anyone typed.
 constexpr std::size_t maxLine = 64 * 1024;
 
@@ -32,15 +31,6 @@ std::vector<std::string> splitLines(const std::string& text) {
 }
 
 std::string answer(const std::string& sentence) { return "> " + sentence + "\n"; }
-
-// What only a display can use is folded into the few lines a terminal needs.
-void fitForText(ui::Node& node) {
-    if (node.kind == ui::Kind::Section && node.identity == "appearance") {
-        AppearanceSection::compact(node, ThemeStore::shared());
-        return;
-    }
-    for (auto& child : node.children) fitForText(child);
-}
 
 } // namespace
 
@@ -92,18 +82,13 @@ void HeadlessView::renderNow() {
     auto tree = std::make_unique<ui::Node>(
         DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context));
     fitForText(*tree);
-    ui::TextOptions text;
-    text.numbered = true;
-    text.width = options_.width;
-    text.drawCodes = true;
-    text.invert = options_.invert;
-    ui::TextFrame frame = ui::TextRenderer(text).frame(*tree);
+    ui::TextFrame frame = ui::TextRenderer(terminalText(options_.width, options_.invert)).frame(*tree);
     // The controls point into the tree they came from, so the two are replaced together.
     tree_ = std::move(tree);
     controls_ = std::move(frame.controls);
     if (frame.text == last_) return;
     if (options_.quietFrames) printChanges(frame.text);
-    else print(separator + frame.text);
+    else print(frameHeading + frame.text);
     last_ = std::move(frame.text);
 }
 
@@ -142,36 +127,16 @@ void HeadlessView::printChanges(const std::string& frame) {
 }
 
 CommandAnswer HeadlessView::perform(const std::string& line, bool fromTerminal) {
-    const ui::Parsed parsed = ui::parseCommand(line);
-    if (!parsed.command) return {false, answer(parsed.error)};
-    const ui::Command& command = *parsed.command;
-    switch (command.verb) {
-    case ui::Verb::Show:
-        return {true, separator + last_ + answer("That is the frame as it stands.")};
-    case ui::Verb::Help: {
-        std::string text;
-        for (const auto& piece : ui::helpLines()) text += answer(piece);
-        return {true, text};
-    }
-    case ui::Verb::Quit:
-        // Through the event loop, so the answer reaches whoever asked before the program ends.
-        QTimer::singleShot(0, qApp, [] { QCoreApplication::quit(); });
-        return {true, answer("Quitting; the bridge this program started stops with it.")};
-    default: break;
-    }
-    const ui::Outcome outcome = ui::perform(controls_, command);
-    if (outcome.secretFor) {
-        const std::string title = ui::controlTitle(*outcome.secretFor);
-        if (!fromTerminal || !::isatty(STDIN_FILENO))
-            return {false, answer(title + " is a secure field: put its text after it (type " +
-                                  ui::refFor(*outcome.secretFor) + " TEXT), or type it in the terminal.")};
-        secretField_ = outcome.secretFor->identity.empty() ? title : outcome.secretFor->identity;
+    const Performed performed = performLine(line, controls_, last_);
+    if (const ui::Node* field = performed.secretFor) {
+        if (!fromTerminal || !::isatty(STDIN_FILENO)) return {false, secretRefused(*field)};
+        secretField_ = field->identity.empty() ? ui::controlTitle(*field) : field->identity;
         echo(false);
-        return {true, answer("Type the text for " + title + " and press Return; it will not show.")};
+        return {true, answer("Type the text for " + ui::controlTitle(*field) + " and press Return; it will not show.")};
     }
     // The model moved: draw now, so the next command of a script sees the controls it opened.
-    if (outcome.accepted) renderNow();
-    return {outcome.accepted, answer(outcome.answer)};
+    if (performed.acted) renderNow();
+    return performed.answer;
 }
 
 void HeadlessView::echo(bool on) {

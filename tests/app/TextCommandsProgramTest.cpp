@@ -157,6 +157,20 @@ TEST_F(TextCommands, ASecondLaunchSendsCommandsAndReportsHowTheyWent) {
     EXPECT_EQ(send({"show"}).code, 2) << "nothing runs any more";
 }
 
+TEST_F(TextCommands, TheWindowTakesCommandsFromASecondLaunchToo) {
+    env_.insert("QT_QPA_PLATFORM", "offscreen");
+    program_.setProcessEnvironment(env_);
+    program_.start(ORVAN_COMPANION_PATH, {});
+    ASSERT_TRUE(program_.waitForStarted(5000));
+    ASSERT_TRUE(waitUntil([&] { return simStatus(home_.data()).value("on", false); }, 30s));
+    const Sent renamed = send({"press Rename", "type \"Name this Mac\" Desk", "press Save"});
+    EXPECT_EQ(renamed.code, 0) << renamed.out;
+    EXPECT_TRUE(waitUntil([&] { return simStatus(home_.data()).value("name", "") == "Desk"; }, 10s));
+    EXPECT_EQ(send({"press Nowhere"}).code, 1);
+    EXPECT_EQ(send({"quit"}).code, 0);
+    EXPECT_TRUE(finished());
+}
+
 // Another user can't keep the companion from starting: neither a listener in the shared
 // temporary folder where the socket used to be, nor a socket of theirs where ours goes now.
 TEST_F(TextCommands, SocketsOfOthersNeitherStopALaunchNorHearFromIt) {

@@ -2,6 +2,7 @@
 
 #include "app/AppInfo.h"
 #include "app/Scenes.h"
+#include "app/TreeCommands.h"
 #include "bridge/MenuDesk.h"
 #include "ui/qt/InkStyle.h"
 #include "ui/qt/SymbolIcons.h"
@@ -142,6 +143,19 @@ void DeskWindow::updateTrayIcon() {
     trayTone_ = icon.tone;
     QColor color = ui::qt::InkStyle::tones(themes_).color(icon.tone);
     tray_->setIcon(ui::qt::SymbolIcons::icon(icon.symbol, color));
+}
+
+CommandAnswer DeskWindow::command(const std::string& line) {
+    return commandOnView(
+        line,
+        [this] {
+            DeskContext context;
+            context.versionLabel = companion_.versionLabel();
+            context.changed = [this] { desk_->requestRender(); };
+            context.themes = &themes_;
+            return DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context);
+        },
+        [this] { desk_->requestRender(); });
 }
 
 } // namespace orvan::app

@@ -28,6 +28,8 @@ public:
         if (!(atLogin && hasTray())) show();
     }
     void bringForward() override { show(); }
+    // Commands from --send act on the window's own tree.
+    CommandAnswer command(const std::string& line) override;
     bool hasTray() const { return tray_ != nullptr; }
     ui::qt::WindowHost& host() { return *desk_; }
 
