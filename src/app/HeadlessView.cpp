@@ -117,10 +117,10 @@ void HeadlessView::printChanges(const std::string& frame) {
         if (i < n && j < m && before[i] == after[j]) {
             ++i;
             ++j;
-        } else if (j < m && (i == n || common[i][j + 1] >= common[i + 1][j])) {
-            out += "+ " + after[j++] + "\n";
-        } else {
+        } else if (i < n && (j == m || common[i + 1][j] >= common[i][j + 1])) {
             out += "- " + before[i++] + "\n";
+        } else {
+            out += "+ " + after[j++] + "\n";
         }
     }
     print(out);
