@@ -10,9 +10,10 @@ namespace orvan::ui {
 
 namespace {
 
-// Codes that scale up without loss compress very well; a stream past this is not one of ours,
-// and keeping it small also bounds what inflating it can cost.
-constexpr std::size_t maxCompressed = 1u << 20;
+// A code scaled up without smoothing compresses to a few kilobytes. qUncompress keeps growing its
+// buffer until the stream ends, whatever size it was told, so the compressed cap is what bounds
+// the memory a hostile stream can take: deflate expands at most about a thousandfold.
+constexpr std::size_t maxCompressed = 64u << 10;
 constexpr std::size_t maxRaw = 64u << 20;
 
 std::uint32_t be32(const unsigned char* p) {
