@@ -50,11 +50,10 @@ HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions
     : companion_(companion), out_(out), options_(options) {
     subscription_ = companion_.bridge().observe([this] { requestRender(); });
     look_ = ThemeStore::shared().observe([this] { requestRender(); });
-    // Words that depend on the time ("ends in 2 hours") move on even when nothing else does.
-    tick_.setInterval(30000);
-    tick_.setTimerType(Qt::VeryCoarseTimer);
-    QObject::connect(&tick_, &QTimer::timeout, &context_, [this] { requestRender(); });
-    tick_.start();
+    // Words that move with the time alone ("ends in 2 hours") are drawn again when they change.
+    wordsTimer_.setSingleShot(true);
+    wordsTimer_.setTimerType(Qt::CoarseTimer);
+    QObject::connect(&wordsTimer_, &QTimer::timeout, &context_, [this] { requestRender(); });
     // Commands arrive whenever the event loop is free; an input that ends or was never there
     // leaves the program running, as under a service manager.
     if (options_.readInput && ::fcntl(STDIN_FILENO, F_GETFD) != -1) {
@@ -79,8 +78,14 @@ void HeadlessView::renderNow() {
     context.versionLabel = companion_.versionLabel();
     context.changed = [this] { requestRender(); };
     context.themes = &ThemeStore::shared();
-    auto tree = std::make_unique<ui::Node>(
-        DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context));
+    std::optional<TimePoint> wordsChange;
+    context.wordsChange = &wordsChange;
+    const TimePoint now = companion_.clock().now();
+    auto tree = std::make_unique<ui::Node>(DeskView::build(companion_.bridge(), companion_.deskState(), now, context));
+    if (wordsChange)
+        wordsTimer_.start(std::max(std::chrono::ceil<std::chrono::milliseconds>(*wordsChange - now), std::chrono::milliseconds(0)));
+    else
+        wordsTimer_.stop();
     fitForText(*tree);
     ui::TextFrame frame = ui::TextRenderer(terminalText(options_.width, options_.invert)).frame(*tree);
     // The controls point into the tree they came from, so the two are replaced together.

@@ -57,7 +57,7 @@ private:
     ui::Controls controls_;
     bool pending_ = false;
     QObject context_;
-    QTimer tick_;
+    QTimer wordsTimer_;
     Observable::Subscription subscription_;
     Observable::Subscription look_;
 
