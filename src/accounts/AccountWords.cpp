@@ -1,0 +1,173 @@
+#include "accounts/AccountWords.h"
+
+#include "accounts/AccountHome.h"
+#include "accounts/AccountProvider.h"
+#include "accounts/ReadinessWords.h"
+#include "foundation/Text.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <tuple>
+#include <unicode/calendar.h>
+#include <unicode/dtptngen.h>
+#include <unicode/smpdtfmt.h>
+#include <unicode/timezone.h>
+
+namespace orvan::AccountWords {
+
+namespace {
+
+constexpr double sixDays = 518'400;
+
+double icuMillis(TimePoint when) {
+    return static_cast<double>(std::chrono::duration_cast<std::chrono::milliseconds>(when.time_since_epoch()).count());
+}
+
+icu::TimeZone* zone(const std::string& id) {
+    return id.empty() ? icu::TimeZone::createDefault() : icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(id));
+}
+
+// Pattern generators and formatters are slow to make and a list repeats the same three forms, so
+// each (locale, zone, template) is made once per thread.
+icu::SimpleDateFormat* formatter(const Place& place, const char* skeleton) {
+    using Key = std::tuple<std::string, std::string, std::string>;
+    thread_local std::map<Key, std::unique_ptr<icu::SimpleDateFormat>> made;
+    Key key{place.locale, place.timeZone, skeleton};
+    auto found = made.find(key);
+    if (found != made.end()) return found->second.get();
+    UErrorCode error = U_ZERO_ERROR;
+    icu::Locale locale(place.locale.c_str());
+    std::unique_ptr<icu::DateTimePatternGenerator> generator(icu::DateTimePatternGenerator::createInstance(locale, error));
+    if (U_FAILURE(error)) return nullptr;
+    icu::UnicodeString pattern = generator->getBestPattern(icu::UnicodeString(skeleton, -1, US_INV), error);
+    if (U_FAILURE(error)) return nullptr;
+    auto format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, error);
+    if (U_FAILURE(error)) return nullptr;
+    format->adoptTimeZone(zone(place.timeZone));
+    return made.emplace(key, std::move(format)).first->second.get();
+}
+
+bool sameDay(TimePoint a, TimePoint b, const Place& place) {
+    UErrorCode error = U_ZERO_ERROR;
+    std::unique_ptr<icu::Calendar> calendar(
+        icu::Calendar::createInstance(zone(place.timeZone), icu::Locale(place.locale.c_str()), error));
+    if (U_FAILURE(error)) return false;
+    calendar->setTime(icuMillis(a), error);
+    int32_t yearA = calendar->get(UCAL_EXTENDED_YEAR, error), dayA = calendar->get(UCAL_DAY_OF_YEAR, error);
+    calendar->setTime(icuMillis(b), error);
+    int32_t yearB = calendar->get(UCAL_EXTENDED_YEAR, error), dayB = calendar->get(UCAL_DAY_OF_YEAR, error);
+    return U_SUCCESS(error) && yearA == yearB && dayA == dayB;
+}
+
+std::string localeId(std::string value) {
+    for (char cut : {'.', '@'})
+        if (auto at = value.find(cut); at != std::string::npos) value.resize(at);
+    if (value.empty() || value == "C" || value == "POSIX") return "en_US";
+    return value;
+}
+
+std::string threadWords(int threads) {
+    if (threads == 1) return " A running thread uses it; once it is removed, that thread cannot resume on it.";
+    if (threads >= 2)
+        return " " + std::to_string(threads) + " running threads use it; once it is removed, they cannot resume on it.";
+    return "";
+}
+
+} // namespace
+
+Place placeFrom(const Environment& environment) {
+    Place place;
+    for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) {
+        auto found = environment.find(name);
+        if (found != environment.end() && !found->second.empty()) {
+            place.locale = localeId(found->second);
+            break;
+        }
+    }
+    return place;
+}
+
+std::string kind(const std::string& kind) {
+    if (kind == "apikey") return "API key";
+    if (kind == "token") return "Sign-in token";
+    if (kind == "bedrock") return "Amazon Bedrock";
+    return "Sign-in";
+}
+
+std::string kindLine(const CompanionAccount& account) {
+    std::string word = kind(account.kind);
+    if (account.isBedrock() && account.bedrock) {
+        std::string region = Text::trimmed(account.bedrock->region);
+        if (!region.empty()) return word + " · " + region;
+    }
+    return word;
+}
+
+std::string bedrockModel(const CompanionAccount& account) {
+    if (!account.isBedrock()) return "";
+    std::string model = account.bedrock ? Text::trimmed(account.bedrock->model) : std::string();
+    return model.empty() ? std::string("Model: Claude Code's default") : "Model: " + model;
+}
+
+std::string position(const std::string& id, const std::vector<std::string>& chain) {
+    auto found = std::find(chain.begin(), chain.end(), id);
+    if (found == chain.end()) return "Not in fallback";
+    return "Fallback " + std::to_string(found - chain.begin() + 1);
+}
+
+std::string detail(const CompanionAccount& account, const std::vector<std::string>& chain) {
+    return AccountProviders::name(account.provider) + " · " + kindLine(account) + " · " + position(account.id, chain);
+}
+
+std::string keyButton(const CompanionAccount& account) {
+    bool missing = account.status == "missing_key";
+    if (account.isBedrock() && account.bedrock && account.bedrock->auth == "keys")
+        return missing ? "Add access keys…" : "Replace access keys…";
+    return missing ? "Add key…" : "Replace key…";
+}
+
+std::string time(TimePoint when, TimePoint now, const Place& place) {
+    const char* skeleton = "MMMdjmm";
+    double ahead = std::chrono::duration<double>(when - now).count();
+    if (sameDay(when, now, place)) skeleton = "jmm";
+    else if (ahead > 0 && ahead < sixDays) skeleton = "EEEjmm";
+    icu::SimpleDateFormat* format = formatter(place, skeleton);
+    if (!format) return RFC3339::string(when);
+    icu::UnicodeString out;
+    format->format(icuMillis(when), out);
+    std::string text;
+    out.toUTF8String(text);
+    return text;
+}
+
+std::string status(const std::string& status, const std::string& until, const std::string& kind, TimePoint now,
+                   const Place& place) {
+    std::optional<std::string> limitedUntil;
+    if (status == "limited")
+        if (auto when = date(until)) limitedUntil = time(*when, now, place);
+    std::string label = ReadinessWords::label(status, kind, limitedUntil);
+    if (Text::characterCount(label) > statusLabelLimit) return Text::prefixCharacters(label, statusLabelLimit) + "…";
+    return label;
+}
+
+std::string removal(const CompanionAccount& account, const std::string& accountsFolder, const std::string& userHome) {
+    std::string sentence;
+    if (account.isToken()) {
+        sentence = "Forgets this account. Its token is deleted from the Keychain.";
+    } else if (account.isBedrock()) {
+        sentence = account.bedrockKeyed() ? "Forgets this account. Its AWS credentials are deleted from the Keychain."
+                                          : "Forgets this account. The AWS profile stays in this Mac's AWS settings.";
+    } else if (account.kind == "apikey") {
+        sentence = "Forgets this account. Its API key is deleted from the Keychain.";
+    } else {
+        sentence = AccountHome::made(account, accountsFolder)
+                       ? std::string("Forgets this account. Its sign-in folder is deleted.")
+                       : "Forgets this account. The login in " + AccountHome::line(account, userHome) +
+                             " stays on this Mac.";
+        if (account.portable) sentence += " Its token for other computers is deleted too.";
+    }
+    return sentence + threadWords(account.threads);
+}
+
+} // namespace orvan::AccountWords

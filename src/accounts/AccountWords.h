@@ -1,0 +1,43 @@
+#pragma once
+// The words that describe an account row. `AccountWords::date`, the reader of the bridge's times,
+// lives with the other time functions in foundation.
+
+#include "accounts/CompanionAccount.h"
+#include "foundation/Carryover.h"
+#include "foundation/Time.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace orvan::AccountWords {
+
+inline constexpr std::size_t statusLabelLimit = 60;
+
+// Where and how times are told: an ICU locale id ("de_DE") and a time zone id ("" for the system's).
+struct Place {
+    std::string locale = "en_US";
+    std::string timeZone;
+};
+
+// From LC_ALL, else LC_TIME, else LANG ("de_DE.UTF-8@euro" reads "de_DE"); "C" and "POSIX" read "en_US".
+Place placeFrom(const Environment& environment);
+
+std::string kind(const std::string& kind);
+std::string kindLine(const CompanionAccount& account);
+// For a Bedrock row only; "" for the others.
+std::string bedrockModel(const CompanionAccount& account);
+std::string position(const std::string& id, const std::vector<std::string>& chain);
+std::string detail(const CompanionAccount& account, const std::vector<std::string>& chain);
+std::string keyButton(const CompanionAccount& account);
+
+// A point in time in the user's words: the locale's form of "jmm" on the same day as `now`,
+// "EEEjmm" within the next six days, "MMMdjmm" otherwise.
+std::string time(TimePoint when, TimePoint now, const Place& place);
+std::string status(const std::string& status, const std::string& until, const std::string& kind, TimePoint now,
+                   const Place& place);
+
+// The sentence above the Remove confirmation.
+std::string removal(const CompanionAccount& account, const std::string& accountsFolder, const std::string& userHome);
+
+} // namespace orvan::AccountWords

@@ -1,0 +1,48 @@
+#include "accounts/ReadinessWords.h"
+
+#include "foundation/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
+
+namespace orvan::ReadinessWords {
+
+namespace {
+std::string lowered(const std::string& text) {
+    std::string out;
+    icu::UnicodeString::fromUTF8(text).toLower(icu::Locale::getRoot()).toUTF8String(out);
+    return out;
+}
+
+std::string firstUpper(const std::string& text) {
+    if (text.empty()) return text;
+    std::string first = Text::prefixCharacters(text, 1);
+    std::string upper;
+    icu::UnicodeString::fromUTF8(first).toUpper(icu::Locale::getRoot()).toUTF8String(upper);
+    return upper + text.substr(first.size());
+}
+
+constexpr std::array<std::string_view, 8> knownLabels = {
+    "ready", "needs sign-in", "no key yet", "no aws credentials yet",
+    "profile not found", "not installed", "limited", "not checked yet"};
+} // namespace
+
+std::string label(std::string_view status, std::string_view kind, const std::optional<std::string>& limitedUntil) {
+    if (status == "ready") return "Ready";
+    if (status == "needs_login") return "Needs sign-in";
+    if (status == "missing_key") return kind == "bedrock" ? "No AWS credentials yet" : "No key yet";
+    if (status == "missing_profile") return "Profile not found";
+    if (status == "not_installed") return "Not installed";
+    if (status == "limited") return limitedUntil ? "Limited until " + *limitedUntil : std::string("Limited");
+    if (status.empty()) return "Not checked yet";
+    std::string spaced(status);
+    std::replace(spaced.begin(), spaced.end(), '_', ' ');
+    std::string shown = firstUpper(Text::trimmed(spaced));
+    std::string lower = lowered(shown);
+    if (std::find(knownLabels.begin(), knownLabels.end(), lower) != knownLabels.end()) return "Unknown status";
+    return shown;
+}
+
+} // namespace orvan::ReadinessWords
