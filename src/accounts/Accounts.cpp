@@ -37,7 +37,7 @@ Json texts(const Accounts::Texts& map) {
 } // namespace
 
 Accounts::Accounts(LocalApi& api, Clock& clock, AccountsSetup setup)
-    : userHome(setup.userHome), api_(api), clock_(clock), setup_(std::move(setup)) {}
+    : userHome(setup.userHome), place(AccountWords::placeFrom(setup.environment)), api_(api), clock_(clock), setup_(std::move(setup)) {}
 
 Accounts::~Accounts() {
     alive_.cancel();

@@ -3,6 +3,7 @@
 // this computer, the plan meters, and the changes the owner makes to them. The bridge does the work;
 // this model asks, and says in one sentence what did not happen.
 
+#include "accounts/AccountWords.h"
 #include "accounts/AccountsRefresh.h"
 #include "accounts/CompanionAccount.h"
 #include "accounts/FoundLogin.h"
@@ -55,6 +56,8 @@ public:
     // Not published.
     std::string userHome;
     AccountsRefresh plan;
+    // The locale and time zone that times are told in, read once from the environment.
+    AccountWords::Place place;
 
     std::string accountsFolder() const;
     Clock& clock() { return clock_; }

@@ -1,5 +1,6 @@
 #include "bridge/DeskView.h"
 
+#include "accounts/AccountsSection.h"
 #include "bridge/EnvironmentsSection.h"
 #include "appearance/AppearanceSection.h"
 #include "bridge/RemoteWords.h"
@@ -94,6 +95,7 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     }).key("mac"));
     if (context.wordsChange) context.wordsChange->reset();
     card.push_back(phonesSection(bridge, now, context.wordsChange));
+    if (context.accounts) card.push_back(AccountsSection::build(*context.accounts, state.accounts, now, context.changed));
     card.push_back(EnvironmentsSection::build(bridge));
     if (context.themes) card.push_back(AppearanceSection::build(*context.themes));
     card.push_back(loginRow(bridge));

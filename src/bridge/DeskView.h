@@ -1,6 +1,7 @@
 #pragma once
 // The main window: one scrolling card of this computer's state and controls.
 
+#include "accounts/AccountsViewState.h"
 #include "bridge/Bridge.h"
 #include "ui/Node.h"
 
@@ -19,9 +20,11 @@ struct DeskState {
     std::optional<CompanionPhone> demoting;
     bool inviting = false;
     bool askConsent = false;
+    AccountsViewState accounts;
 };
 
 class ThemeStore;
+class Accounts;
 
 struct DeskContext {
     // The view state changed: draw again.
@@ -29,6 +32,8 @@ struct DeskContext {
     std::string versionLabel;
     // The look; its section shows when there is one.
     ThemeStore* themes = nullptr;
+    // The agents' accounts; their section shows when there is one.
+    Accounts* accounts = nullptr;
     // Where the view writes the first moment its words will change with the time alone (a guest's
     // "ends in 2 hours"), so the host draws again then; left absent when nothing will.
     std::optional<TimePoint>* wordsChange = nullptr;

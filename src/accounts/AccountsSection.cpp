@@ -1,0 +1,100 @@
+#include "accounts/AccountsSection.h"
+
+#include "accounts/AccountDetailSheet.h"
+#include "accounts/AccountProvider.h"
+#include "accounts/AccountWords.h"
+#include "accounts/AccountsListing.h"
+
+#include <algorithm>
+
+namespace orvan::AccountsSection {
+
+namespace {
+
+constexpr const char* lead =
+    "Logins and API keys for the agents this Mac runs directly: Claude, Codex, Grok, Cursor and Gemini, and Claude "
+    "on Amazon Bedrock. Your iPhone picks one for a thread.";
+constexpr const char* helpWithAccount = "Opens its plan and use, and signs in again, renames, rekeys or removes it.";
+constexpr const char* helpWithoutAccount =
+    "This Mac's own login, which threads use when they pick no account. Opens its plan and use, and Add as account.";
+constexpr const char* waitingWords = "Finish signing in in Terminal, then come back here.";
+
+std::string rowTitle(const AccountRowModel& row) {
+    if (row.account && !row.account->label.empty()) return row.account->label;
+    return AccountProviders::name(row.provider);
+}
+
+// The meters the row has read, else the one its list row came with.
+std::vector<PlanMeter> meters(const AccountRowModel& row) {
+    if (!row.usage.meters.empty()) return row.usage.meters;
+    if (row.account && row.account->usage && row.account->usage->meter) return {*row.account->usage->meter};
+    return {};
+}
+
+} // namespace
+
+ui::Nodes rowWords(const Accounts& accounts, const AccountRowModel& row, TimePoint now) {
+    ui::Nodes words;
+    if (row.account) {
+        const auto& a = *row.account;
+        words.push_back(ui::text(AccountWords::detail(a, accounts.chain)).tone(ui::Tone::Dim).style(ui::TextStyle::Caption));
+        words.push_back(ui::text(AccountWords::status(a.status, a.until, a.kind, now, accounts.place))
+                            .tone(a.status == "ready" ? ui::Tone::Good : ui::Tone::Warning)
+                            .style(ui::TextStyle::Caption));
+        if (a.isBedrock()) words.push_back(ui::text(AccountWords::bedrockModel(a)).tone(ui::Tone::Dim).style(ui::TextStyle::Caption));
+    } else {
+        words.push_back(ui::text(AccountProviders::name(row.provider) + " · " + AccountWords::kind(row.kind))
+                            .tone(ui::Tone::Dim)
+                            .style(ui::TextStyle::Caption));
+    }
+    for (const auto& meter : meters(row))
+        words.push_back(ui::progress(std::clamp(meter.usedPercent / 100.0, 0.0, 1.0), meter.name).key("meter:" + meter.name));
+    return words;
+}
+
+ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std::function<void()> changed) {
+    Accounts* model = &accounts;
+    AccountsViewState* s = &state;
+    ui::Nodes rows;
+    auto listing = AccountsListing::rows(accounts.list, accounts.usage);
+    if (!accounts.loaded) {
+        rows.push_back(ui::text("Waiting for this Mac's bridge to list its accounts.").tone(ui::Tone::Dim).key("waiting"));
+    } else if (listing.empty()) {
+        rows.push_back(ui::text("No account yet. Agents use this Mac's own logins.").tone(ui::Tone::Dim).key("empty"));
+    }
+    for (const auto& row : listing) {
+        ui::Nodes lines;
+        std::string id = row.id;
+        lines.push_back(ui::button(rowTitle(row),
+                                   [s, id, changed] {
+                                       s->opened = id;
+                                       s->renaming = false;
+                                       s->removing = false;
+                                       if (changed) changed();
+                                   })
+                            .help(row.account ? helpWithAccount : helpWithoutAccount)
+                            .key("open"));
+        for (auto& words : rowWords(accounts, row, now)) lines.push_back(std::move(words));
+        if (accounts.waiting.count(row.id)) lines.push_back(ui::text(waitingWords).tone(ui::Tone::Accent));
+        if (auto note = accounts.rowNote.find(row.id); note != accounts.rowNote.end())
+            lines.push_back(ui::text(note->second).tone(ui::Tone::Danger).key("rowNote"));
+        rows.push_back(ui::vstack(std::move(lines)).key("account:" + row.id));
+    }
+    if (!accounts.note.empty()) rows.push_back(ui::text(accounts.note).tone(ui::Tone::Danger).key("note"));
+    // Adding has its own sheet; until it is here the button says what it will do and stays off.
+    rows.push_back(ui::hstack({
+        ui::button("Add an account…", [] {})
+            .enabled(false)
+            .help("Adopt a login already on this Mac, sign in with a new one in Terminal, add an API key, or use "
+                  "Claude on Amazon Bedrock."),
+        ui::button(accounts.usageBusy ? "Checking…" : "Check again", [model] { model->readUsage(true); })
+            .enabled(!accounts.usageBusy)
+            .help("Asks each vendor for its plan meters now, unless this Mac asked in the last half minute.")
+            .key("checkAgain"),
+    }).key("actions"));
+    if (!accounts.usageNote.empty()) rows.push_back(ui::text(accounts.usageNote).tone(ui::Tone::Danger).key("usageNote"));
+    rows.push_back(AccountDetailSheet::build(accounts, state, now, changed));
+    return ui::section(title, lead, std::move(rows)).key("accounts");
+}
+
+} // namespace orvan::AccountsSection
