@@ -418,3 +418,38 @@ TEST_F(Renderer, AnUnchangedTreeTouchesNoWidget) {
     settle();
     EXPECT_EQ(changes.seen(), "");
 }
+
+// A field that appears because of a press takes the keys; one that appears while the user types
+// elsewhere, or with a poll, leaves them where they are.
+TEST_F(Renderer, OnlyAFieldAskedForTakesTheFocus) {
+    auto dispatcher = std::make_shared<ui::qt::ActionDispatcher>();
+    auto* container = new QWidget(window.get());
+    window->layout()->addWidget(container);
+    ui::qt::ViewRenderer own(container, dispatcher);
+    std::string first;
+    bool asked = false, polled = false;
+    auto view = [&] {
+        return ui::section("Key", {ui::field("first", "", first, [&](const std::string& t) { first = t; }),
+                                   ui::when(!first.empty(), ui::field("second", "", "", [](const std::string&) {})),
+                                   ui::when(polled, ui::field("third", "", "", [](const std::string&) {})),
+                                   ui::button("Add", [&] { asked = true; }).key("add"),
+                                   ui::when(asked, ui::field("fourth", "", "Draft", [](const std::string&) {}))});
+    };
+    own.render(view());
+    auto* edit = qobject_cast<QLineEdit*>(own.widgetForKey("first"));
+    edit->setFocus(Qt::OtherFocusReason);
+    typeText(edit, "k");
+    own.render(view());
+    ASSERT_NE(own.widgetForKey("second"), nullptr);
+    EXPECT_TRUE(edit->hasFocus()) << "typing moved the focus";
+    polled = true;
+    own.render(view());
+    ASSERT_NE(own.widgetForKey("third"), nullptr);
+    EXPECT_TRUE(edit->hasFocus()) << "a poll moved the focus";
+    qobject_cast<QPushButton*>(own.widgetForKey("add"))->click();
+    own.render(view());
+    auto* fourth = qobject_cast<QLineEdit*>(own.widgetForKey("fourth"));
+    ASSERT_NE(fourth, nullptr);
+    EXPECT_TRUE(fourth->hasFocus());
+    EXPECT_EQ(fourth->selectedText().toStdString(), "Draft");
+}

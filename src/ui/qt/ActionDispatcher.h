@@ -9,13 +9,16 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace orvan::ui::qt {
 
 class ActionDispatcher : public std::enable_shared_from_this<ActionDispatcher> {
 public:
-    void run(std::function<void()> call);
+    void run(std::function<void()> call) { run(std::move(call), true); }
+    // A field reporting what is being typed: an action, but not one that may move the focus.
+    void runTyping(std::function<void()> call) { run(std::move(call), false); }
 
     // Called after every action; the host asks for a render here.
     void setAfterAction(std::function<void()> hook) { afterAction_ = std::move(hook); }
@@ -25,14 +28,17 @@ public:
     void endRender();
     bool rendering() const { return depth_ > 0; }
 
-    // How many actions have run so far. A renderer compares it across renders to tell a render
-    // that answers the user (and may move the keyboard focus) from one that answers a poll.
+    // How many actions other than typing have run so far. A renderer compares it across renders to
+    // tell a render that answers the user (and may move the keyboard focus) from one that answers
+    // a poll, or a keystroke, which must leave the focus where the user is typing.
     std::uint64_t actionsRun() const { return actionsRun_; }
 
 private:
+    void run(std::function<void()> call, bool deliberate);
+
     int depth_ = 0;
     std::uint64_t actionsRun_ = 0;
-    std::vector<std::function<void()>> held_;
+    std::vector<std::pair<std::function<void()>, bool>> held_;
     std::function<void()> afterAction_;
 };
 

@@ -485,7 +485,7 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
             std::string typed = utf8(text);
             sent->push_back(typed);
             if (sent->size() > 32) sent->pop_front();
-            if (actions->onChange) dispatcher->run([call = actions->onChange, typed] { call(typed); });
+            if (actions->onChange) dispatcher->runTyping([call = actions->onChange, typed] { call(typed); });
         });
         QObject::connect(edit, &QLineEdit::returnPressed, edit, [actions, dispatcher] { dispatcher->run(actions->onSubmit); });
         if (answeringUser_ && !focusNext_) focusNext_ = edit;
