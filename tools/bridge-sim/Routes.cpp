@@ -1,5 +1,6 @@
 #include "Routes.h"
 
+#include "AccountsRoutes.h"
 #include <functional>
 #include <vector>
 
@@ -56,6 +57,7 @@ std::optional<json> object(const std::string& body, bool emptyIsObject) {
 
 Reply answer(Sim& sim, const std::string& method, const std::string& path, const std::string& body,
              TimePoint now) {
+    if (AccountsRoutes::owns(path)) return AccountsRoutes::answer(sim, method, path, body, now);
     bool known = false;
     for (const auto& route : table()) {
         if (path != route.path) continue;

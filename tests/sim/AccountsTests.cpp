@@ -1,0 +1,90 @@
+// The accounts family as the simulator serves it: rows the companion must read leniently, a label
+// rule by characters, a second word for an account in use, and a slow usage read that asks the
+// vendors afresh at most once in half a minute.
+
+#include "SimProcess.h"
+
+#include <gtest/gtest.h>
+
+namespace orvan::simtest {
+namespace {
+
+json body(const httplib::Result& answer) { return json::parse(answer->body, nullptr, false); }
+
+std::vector<json> ids(const json& list) {
+    std::vector<json> out;
+    for (const auto& row : list["accounts"]) out.push_back(row.contains("id") ? row["id"] : json());
+    return out;
+}
+
+TEST(SimAccounts, ListsRowsWithTheFailuresACompanionMustStepOver) {
+    SimProcess sim;
+    ASSERT_TRUE(sim.ready());
+    auto answer = sim.get("/companion/accounts");
+    ASSERT_TRUE(answer);
+    ASSERT_EQ(answer->status, 200);
+    json list = body(answer);
+    EXPECT_EQ(ids(list), (std::vector<json>{"acc-work", "acc-ci", "acc-grok", "acc-aws", json(), 17}));
+    EXPECT_TRUE(list["chain"].is_array());
+    EXPECT_TRUE(list["found"][0]["default"].get<bool>());
+    EXPECT_FALSE(list["found"][1]["home"].get<std::string>().empty());
+    EXPECT_FALSE(list["found"][2].contains("home")) << "a found login without a home that the companion drops";
+    EXPECT_EQ(list["awsProfiles"].size(), 2u);
+    EXPECT_EQ(list["accounts"][2]["status"], "limited");
+    EXPECT_TRUE(list["accounts"][2].contains("until"));
+}
+
+TEST(SimAccounts, RenamesByCharactersAndRefusesAnAccountInUseUntilAsked) {
+    SimProcess sim;
+    ASSERT_TRUE(sim.ready());
+    std::string tone = "\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD"; // thumbs up, skin tone: one character
+    std::string forty;
+    for (int i = 0; i < 40; ++i) forty += tone;
+    EXPECT_EQ(sim.post("/companion/accounts/acc-work/label", {{"label", forty}})->status, 204);
+    EXPECT_EQ(sim.post("/companion/accounts/acc-work/label", {{"label", forty + "x"}})->status, 400);
+    EXPECT_EQ(sim.post("/companion/accounts/acc-work/label", {{"label", "  "}})->status, 400);
+    EXPECT_EQ(sim.post("/companion/accounts/nobody/label", {{"label", "x"}})->status, 404);
+    EXPECT_EQ(body(sim.get("/companion/accounts"))["accounts"][0]["label"], forty);
+
+    auto refused = sim.post("/companion/accounts/acc-ci/remove", {{"anyway", false}});
+    ASSERT_EQ(refused->status, 409);
+    EXPECT_EQ(body(refused)["error"], "in_use");
+    EXPECT_FALSE(body(refused)["message"].get<std::string>().empty());
+    EXPECT_EQ(sim.post("/companion/accounts/acc-ci/remove", {{"anyway", true}})->status, 204);
+    EXPECT_EQ(sim.post("/companion/accounts/acc-work/remove", json::object())->status, 204);
+    json list = body(sim.get("/companion/accounts"));
+    EXPECT_EQ(ids(list).front(), "acc-grok");
+    EXPECT_EQ(list["chain"], json::array());
+
+    EXPECT_EQ(sim.post("/companion/accounts/acc-grok/key", {{"key", " "}})->status, 400);
+    EXPECT_EQ(sim.post("/companion/accounts/acc-grok/key", {{"key", "sk-1"}})->status, 204);
+    EXPECT_EQ(sim.client().Post("/companion/accounts/acc-grok/label", sim.keyed(), "[]", "application/json")->status, 400);
+    EXPECT_EQ(sim.get("/companion/accounts/acc-grok/label")->status, 405);
+    EXPECT_EQ(sim.post("/companion/accounts/acc-grok/portable/x")->status, 404);
+}
+
+TEST(SimAccounts, UsageCarriesMetersTalliesAndDays) {
+    SimProcess sim;
+    ASSERT_TRUE(sim.ready());
+    auto answer = sim.get("/companion/accounts/usage");
+    ASSERT_TRUE(answer);
+    ASSERT_EQ(answer->status, 200);
+    json usage = body(answer);
+    const json& work = usage["accounts"][0];
+    EXPECT_EQ(work["id"], "acc-work");
+    EXPECT_EQ(work["meters"].size(), 3u);
+    EXPECT_TRUE(work["meters"][2]["usedPercent"].is_string()) << "one meter the companion must drop alone";
+    EXPECT_EQ(work["days"].size(), 7u);
+    EXPECT_TRUE(usage["accounts"][3]["tallies"].is_array());
+    EXPECT_EQ(usage["accounts"].back()["id"], "acc-work") << "a duplicate id the companion drops";
+    EXPECT_EQ(usage["defaults"][0]["id"], "codex|default");
+
+    // The count of reads comes with the list, so counting does not itself read.
+    sim.get("/companion/accounts/usage?fresh=1");
+    json counts = body(sim.get("/companion/accounts"))["simulator"];
+    EXPECT_EQ(counts["usageReads"], 2);
+    EXPECT_EQ(counts["vendorReads"], 1) << "a fresh read within half a minute of the last one reads no vendor";
+}
+
+} // namespace
+} // namespace orvan::simtest
