@@ -51,9 +51,13 @@ TEST(SimAccounts, RenamesByCharactersAndRefusesAnAccountInUseUntilAsked) {
     EXPECT_EQ(body(refused)["error"], "in_use");
     EXPECT_FALSE(body(refused)["message"].get<std::string>().empty());
     EXPECT_EQ(sim.post("/companion/accounts/acc-ci/remove", {{"anyway", true}})->status, 204);
+    // A thread that started after the list was read: refused once, then listed, then removed when asked again.
+    EXPECT_EQ(sim.post("/companion/accounts/acc-grok/remove", {{"anyway", false}})->status, 409);
+    EXPECT_EQ(body(sim.get("/companion/accounts"))["accounts"][1]["threads"], 1);
     EXPECT_EQ(sim.post("/companion/accounts/acc-work/remove", json::object())->status, 204);
     json list = body(sim.get("/companion/accounts"));
     EXPECT_EQ(ids(list).front(), "acc-grok");
+    EXPECT_EQ(sim.post("/companion/accounts/acc-aws/remove", {{"anyway", true}})->status, 204);
     EXPECT_EQ(list["chain"], json::array());
 
     EXPECT_EQ(sim.post("/companion/accounts/acc-grok/key", {{"key", " "}})->status, 400);

@@ -51,6 +51,7 @@ AccountsState AccountsState::seeded(TimePoint now, const std::string& dataFolder
         {"acc-aws", "claude", "AWS", "bedrock", "ready", std::nullopt, "", false, std::nullopt, false,
          json{{"region", "us-east-1"}, {"model", ""}, {"auth", "profile"}, {"profile", "dev"}}, 1},
     };
+    s.accounts[2].threadComing = true;
     s.chain = {"acc-work", "acc-ci"};
     s.nextId = 1;
     return s;
@@ -179,6 +180,10 @@ Reply AccountsState::remove(const std::string& id, const json& body) {
     SimAccount* a = find(id);
     if (!a) return Reply::message(404, "There is no such account.");
     bool anyway = body.contains("anyway") && body["anyway"].is_boolean() && body["anyway"].get<bool>();
+    if (a->threadComing && !anyway) {
+        a->threadComing = false;
+        a->threads = 1;
+    }
     if (a->threads > 0 && !anyway)
         return Reply::refusal(409, "in_use",
                               a->threads == 1 ? "A running thread uses this account."

@@ -26,6 +26,8 @@ struct SimAccount {
     bool portable = false;
     std::optional<nlohmann::json> bedrock;
     int threads = 0;
+    // A thread that starts on it after the list was read: the next removal without `anyway` meets it.
+    bool threadComing = false;
 };
 
 struct AccountsState {
