@@ -21,6 +21,9 @@ Task<void> saveLabel(Accounts& accounts, AccountsViewState& state, std::string i
 Task<void> removeAccount(Accounts& accounts, CompanionAccount account, std::function<void()> changed) {
     co_await accounts.remove(std::move(account));
     if (changed) changed();
+    // The last usage read still holds the removed account's meters, which would stand as a row of
+    // their own until the next read; read them again now.
+    if (accounts.note.empty()) co_await accounts.refreshAll(false);
 }
 
 } // namespace

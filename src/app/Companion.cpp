@@ -5,6 +5,8 @@
 #include "foundation/Files.h"
 #include "updates/CompanionVersion.h"
 
+#include <QDir>
+
 namespace orvan::app {
 
 namespace {
@@ -12,6 +14,12 @@ namespace {
 std::vector<std::filesystem::path> bundledBridge(const std::string& executable) {
     std::filesystem::path dir = std::filesystem::path(executable).parent_path();
     return {dir / "orvan", dir.parent_path() / "libexec" / "orvan-companion" / "orvan"};
+}
+
+std::string userHome(const Environment& environment) {
+    auto home = environment.find("HOME");
+    if (home != environment.end() && !home->second.empty()) return home->second;
+    return QDir::homePath().toStdString();
 }
 
 // The login entry opens the desktop program, whichever front end is running now: it picks the
@@ -31,6 +39,17 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     setup.loginItem = &login_;
     api_ = std::make_unique<QtLocalApi>(QString::fromStdString("http://" + setup.host + ":" + std::to_string(setup.port)));
     bridge_ = std::make_unique<Bridge>(*api_, clock_, processes_, std::move(setup));
+    accounts_ = std::make_unique<Accounts>(*api_, clock_, AccountsSetup{environment_, userHome(environment_)});
+}
+
+void Companion::startDesk() {
+    // The Accounts section stands in the main window for its whole life, so it reads both lists
+    // whenever a bridge starts answering: at the start, and again after a bridge came back.
+    bridgeReady_ = bridge_->observe([this] {
+        if (bridge_->ready && !accountsRead_) spawn(accounts_->refreshAll(false));
+        accountsRead_ = bridge_->ready;
+    });
+    bridge_->start();
 }
 
 void Companion::willFinishLaunching() {

@@ -2,6 +2,7 @@
 // The program's one set of models and real adapters, shared by the window and the headless view.
 // Nothing else in the program knows every model.
 
+#include "accounts/Accounts.h"
 #include "bridge/Bridge.h"
 #include "bridge/DeskView.h"
 #include "platform/linux/PosixProcesses.h"
@@ -24,11 +25,15 @@ public:
     // After: settle the login entry.
     void didFinishLaunching();
     // With the main window: start supervising.
-    void startDesk() { bridge_->start(); }
+    void startDesk();
     // Every deliberate end of the process goes through here.
-    void quitting() { bridge_->stopIfOwned(); }
+    void quitting() {
+        accounts_->cancelReads();
+        bridge_->stopIfOwned();
+    }
 
     Bridge& bridge() { return *bridge_; }
+    Accounts& accounts() { return *accounts_; }
     DeskState& deskState() { return desk_; }
     Clock& clock() { return clock_; }
     const Environment& environment() const { return environment_; }
@@ -41,6 +46,9 @@ private:
     XdgAutostart login_;
     std::unique_ptr<QtLocalApi> api_;
     std::unique_ptr<Bridge> bridge_;
+    std::unique_ptr<Accounts> accounts_;
+    Observable::Subscription bridgeReady_;
+    bool accountsRead_ = false;
     DeskState desk_;
 };
 

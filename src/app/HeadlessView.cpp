@@ -49,6 +49,7 @@ HeadlessOptions HeadlessOptions::from(const QStringList& arguments) {
 HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions options)
     : companion_(companion), out_(out), options_(options) {
     subscription_ = companion_.bridge().observe([this] { requestRender(); });
+    accounts_ = companion_.accounts().observe([this] { requestRender(); });
     look_ = ThemeStore::shared().observe([this] { requestRender(); });
     // Words that move with the time alone ("ends in 2 hours") are drawn again when they change.
     wordsTimer_.setSingleShot(true);
@@ -78,6 +79,7 @@ void HeadlessView::renderNow() {
     context.versionLabel = companion_.versionLabel();
     context.changed = [this] { requestRender(); };
     context.themes = &ThemeStore::shared();
+    context.accounts = &companion_.accounts();
     std::optional<TimePoint> wordsChange;
     context.wordsChange = &wordsChange;
     const TimePoint now = companion_.clock().now();

@@ -59,6 +59,7 @@ private:
     QObject context_;
     QTimer wordsTimer_;
     Observable::Subscription subscription_;
+    Observable::Subscription accounts_;
     Observable::Subscription look_;
 
     std::unique_ptr<QSocketNotifier> input_;

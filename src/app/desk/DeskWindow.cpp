@@ -28,6 +28,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
         context.versionLabel = companion_.versionLabel();
         context.changed = [this] { desk_->requestRender(); };
         context.themes = &themes_;
+        context.accounts = &companion_.accounts();
         context.wordsChange = &wordsChange_;
         TimePoint now = companion_.clock().now();
         ui::Node tree = DeskView::build(companion_.bridge(), companion_.deskState(), now, context);
@@ -70,6 +71,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     closeWatch_.closed = [this] { closedWithoutTray(); };
 
     subscription_ = companion_.bridge().observe([this] { modelChanged(); });
+    accounts_ = companion_.accounts().observe([this] { desk_->requestRender(); });
     look_ = themes_.observe([this] { lookChanged(); });
     wordsTimer_.setSingleShot(true);
     wordsTimer_.setTimerType(Qt::CoarseTimer);
@@ -153,6 +155,7 @@ CommandAnswer DeskWindow::command(const std::string& line) {
             context.versionLabel = companion_.versionLabel();
             context.changed = [this] { desk_->requestRender(); };
             context.themes = &themes_;
+            context.accounts = &companion_.accounts();
             return DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context);
         },
         [this] { desk_->requestRender(); });

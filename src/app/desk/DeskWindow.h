@@ -60,6 +60,7 @@ private:
     std::optional<TimePoint> wordsChange_;
     QTimer wordsTimer_;
     Observable::Subscription subscription_;
+    Observable::Subscription accounts_;
     Observable::Subscription look_;
 };
 
