@@ -49,10 +49,14 @@ icu::SimpleDateFormat* formatter(const Place& place, const char* skeleton) {
 }
 
 bool sameDay(TimePoint a, TimePoint b, const Place& place) {
+    thread_local std::map<std::pair<std::string, std::string>, std::unique_ptr<icu::Calendar>> calendars;
     UErrorCode error = U_ZERO_ERROR;
-    std::unique_ptr<icu::Calendar> calendar(
-        icu::Calendar::createInstance(zone(place.timeZone), icu::Locale(place.locale.c_str()), error));
-    if (U_FAILURE(error)) return false;
+    auto& calendar = calendars[{place.locale, place.timeZone}];
+    if (!calendar) {
+        calendar.reset(icu::Calendar::createInstance(zone(place.timeZone), icu::Locale(place.locale.c_str()), error));
+        if (U_FAILURE(error)) calendar.reset();
+    }
+    if (!calendar) return false;
     calendar->setTime(icuMillis(a), error);
     int32_t yearA = calendar->get(UCAL_EXTENDED_YEAR, error), dayA = calendar->get(UCAL_DAY_OF_YEAR, error);
     calendar->setTime(icuMillis(b), error);

@@ -1,4 +1,6 @@
 #include "accounts/AccountsSection.h"
+#include "bridge/DeskView.h"
+#include "fakes/FakeProcesses.h"
 #include "fakes/FakeBridge.h"
 #include "fakes/FakeClock.h"
 #include "ui/TextCommands.h"
@@ -45,7 +47,7 @@ protected:
 
     test::FakeClock clock_{*AccountWords::date("2026-11-23T10:00:00Z")};
     test::FakeBridge api_{clock_};
-    Accounts accounts_{api_, clock_, AccountsSetup{{{"LANG", "en_US.UTF-8"}, {"TZ", "UTC"}}, "/home/o"}};
+    Accounts accounts_{api_, clock_, AccountsSetup{{{"LANG", "en_US.UTF-8"}}, "/home/o"}};
     AccountsViewState state_;
     std::unique_ptr<ui::Node> tree_;
     ui::TextFrame frame_;
@@ -117,6 +119,33 @@ TEST_F(SectionTest, ADetailRenamesAndRemovesWithASecondWord) {
     EXPECT_TRUE(has(text, "This account is no longer on this Mac.")) << text;
     ASSERT_TRUE(command("press Done").accepted);
     EXPECT_FALSE(state_.opened);
+}
+
+} // namespace
+} // namespace orvan
+
+namespace orvan {
+namespace {
+
+// The section stands after Phones and before Environments, and only where the host hands it a model.
+TEST(DeskWithAccounts, TheSectionStandsInItsPlaceInTheWindow) {
+    test::FakeClock clock;
+    test::FakeBridge api{clock};
+    test::FakeProcesses processes;
+    BridgeSetup setup;
+    setup.environment = {{"HOME", "/nonexistent"}};
+    Bridge bridge(api, clock, processes, setup);
+    Accounts accounts(api, clock, AccountsSetup{{}, "/home/o"});
+    DeskState desk;
+    DeskContext context;
+    EXPECT_EQ(ui::TextRenderer().render(DeskView::build(bridge, desk, clock.now(), context)).find("== Accounts =="),
+              std::string::npos);
+    context.accounts = &accounts;
+    std::string text = ui::TextRenderer().render(DeskView::build(bridge, desk, clock.now(), context));
+    auto phones = text.find("== Phones =="), section = text.find("== Accounts =="), environments = text.find("== Environments ==");
+    ASSERT_NE(section, std::string::npos) << text;
+    EXPECT_LT(phones, section);
+    EXPECT_LT(section, environments);
 }
 
 } // namespace
