@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
 # What the companion costs while nothing changes, beside the least any Qt program costs to make
 # the same request: bench_idle_floor asks for the bridge's status every 2 s over one kept-alive
-# connection with the local key and drops the answer. Each companion run (headless, then the GUI
+# connection with the local key and drops the answer (beside the GUI it is a widgets program with
+# one empty window about the size of the main window). Each companion run (headless, then the GUI
 # on the offscreen platform) supervises its own bundled simulator on 127.0.0.1:8787 and the floor
 # polls that same simulator at the same time, so both see the same machine and the same answers.
 #
-#   instructions per poll  callgrind, counters zeroed after start-up, dumped after WINDOW seconds,
-#                          divided by the polls in the window (one every 2 s)
+#   instructions per poll  callgrind, counters zeroed once start-up is over and dumped WINDOW
+#                          seconds later (so start-up is left out), divided by the polls in the
+#                          window (one every 2 s)
 #   CPU                    on-CPU time of every thread over SPAN seconds, as a share of one core
 #                          (schedstat: the same time as utime+stime of /proc/PID/stat, in ns
 #                          rather than 10 ms ticks, which an idle minute barely reaches)
@@ -17,7 +19,8 @@
 #
 # Usage: bench/idle.sh [build folder]   (default build/bench: RelWithDebInfo with
 #        orvan-companion, bundle-simulator and bench_idle_floor built)
-# SETTLE, SPAN, WINDOW (seconds) shorten or lengthen the runs; SKIP_CALLGRIND=1 leaves it out.
+# SETTLE, SPAN, WINDOW (seconds) shorten or lengthen the runs; SKIP_CALLGRIND=1 or SKIP_LIVE=1
+# leaves a part out; KEEP=1 keeps the work folder (callgrind dumps, strace log).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build/bench}
