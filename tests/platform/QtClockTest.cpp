@@ -1,6 +1,8 @@
 // The real clock on a real event loop: a sleep ends after its time, a cancel ends it at once.
 #include "platform/linux/QtClock.h"
 
+#include "CoreApp.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTimer>
@@ -11,15 +13,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-void ensureApp() {
-    static int argc = 1;
-    static char name[] = "platform_tests";
-    static char* argv[] = {name, nullptr};
-    if (!QCoreApplication::instance()) new QCoreApplication(argc, argv);
-}
-
 TEST(QtClockTest, SleepRunsItsCourseAndCancelCutsItShort) {
-    ensureApp();
+    test::coreApp();
     QtClock clock;
     QElapsedTimer timer;
 

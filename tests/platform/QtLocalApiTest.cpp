@@ -4,6 +4,8 @@
 #include "foundation/Files.h"
 #include "platform/linux/QtLocalApi.h"
 
+#include "CoreApp.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <condition_variable>
@@ -21,14 +23,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-QCoreApplication& app() {
-    static int argc = 1;
-    static char name[] = "platform_tests";
-    static char* argv[] = {name, nullptr};
-    if (!QCoreApplication::instance()) new QCoreApplication(argc, argv);
-    return *QCoreApplication::instance();
-}
-
 struct Seen {
     std::string method, path, body, contentType, key;
     bool hadKey = false, hadContentType = false;
@@ -37,7 +31,7 @@ struct Seen {
 class LocalApiTest : public testing::Test {
 protected:
     void SetUp() override {
-        app();
+        test::coreApp();
         server_.Get("/echo", [this](const httplib::Request& req, httplib::Response& res) { record(req, res); });
         server_.Post("/echo", [this](const httplib::Request& req, httplib::Response& res) { record(req, res); });
         server_.Post("/empty", [](const httplib::Request&, httplib::Response& res) { res.status = 204; });
@@ -199,7 +193,7 @@ TEST_F(LocalApiTest, NobodyListeningIsATransportFailure) {
 
 // The test server above drops empty header values, so the empty key is looked for in the raw request.
 TEST(LocalApiRaw, AnEmptyKeyStillSendsTheHeader) {
-    app();
+    test::coreApp();
     int listener = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;

@@ -5,6 +5,8 @@
 #include "platform/linux/PortOwner.h"
 #include "platform/linux/QtLocalApi.h"
 
+#include "CoreApp.h"
+
 #include <QCoreApplication>
 #include <qcoro/qcorotimer.h>
 #include <arpa/inet.h>
@@ -21,13 +23,6 @@ namespace orvan {
 namespace {
 
 using namespace std::chrono_literals;
-
-void ensureApp() {
-    static int argc = 1;
-    static char name[] = "platform_tests";
-    static char* argv[] = {name, nullptr};
-    if (!QCoreApplication::instance()) new QCoreApplication(argc, argv);
-}
 
 int listenOnLoopback(int& port) {
     int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -119,7 +114,7 @@ std::string answer(int status, std::string_view body, std::string_view extra = {
 }
 
 TEST(TransportFaults, EveryHttpStatusIsAnAnswerWithItsBridgesSentence) {
-    ensureApp();
+    test::coreApp();
     int status = 0;
     RawServer server([&](RawServer& s, int fd) {
         while (!s.next(fd).empty()) writeAll(fd, answer(status, R"({"message":"Said by the bridge."})"));
@@ -136,7 +131,7 @@ TEST(TransportFaults, EveryHttpStatusIsAnAnswerWithItsBridgesSentence) {
 }
 
 TEST(TransportFaults, ARequestGoesOutOnceWhateverTheServerDoesWithIt) {
-    ensureApp();
+    test::coreApp();
     struct Case {
         const char* what;
         std::function<void(int fd)> after;
@@ -165,7 +160,7 @@ TEST(TransportFaults, ARequestGoesOutOnceWhateverTheServerDoesWithIt) {
 }
 
 TEST(TransportFaults, AKeptConnectionTheServerClosedIsNotUsedAgain) {
-    ensureApp();
+    test::coreApp();
     RawServer server([](RawServer& s, int fd) {
         if (!s.next(fd).empty()) writeAll(fd, answer(200, "{}")); // kept alive by its words, then closed
     });
@@ -180,7 +175,7 @@ TEST(TransportFaults, AKeptConnectionTheServerClosedIsNotUsedAgain) {
 }
 
 TEST(TransportFaults, AnAnswerPastTheCapFailsAndKeepsNothing) {
-    ensureApp();
+    test::coreApp();
     std::atomic<bool> endless{true};
     RawServer server([&](RawServer& s, int fd) {
         if (s.next(fd).empty()) return;
@@ -206,7 +201,7 @@ TEST(TransportFaults, AnAnswerPastTheCapFailsAndKeepsNothing) {
 
 // Another user's program on the port gets no request with the key; /healthz still goes out.
 TEST(TransportFaults, AListenerOfAnotherUserGetsNoKey) {
-    ensureApp();
+    test::coreApp();
     if (::getuid() != 0) GTEST_SKIP() << "needs root to listen as another user";
     int toParent[2];
     ASSERT_EQ(::pipe(toParent), 0);
