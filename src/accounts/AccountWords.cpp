@@ -73,9 +73,12 @@ std::string localeId(std::string value) {
 
 std::string threadWords(int threads) {
     if (threads == 1) return " A running thread uses it; once it is removed, that thread cannot resume on it.";
-    if (threads >= 2)
-        return " " + std::to_string(threads) + " running threads use it; once it is removed, they cannot resume on it.";
-    return "";
+    if (threads < 2) return "";
+    // Appended piece by piece: GCC 12 warns falsely on a literal + std::to_string(...) chain.
+    std::string words = " ";
+    words += std::to_string(threads);
+    words += " running threads use it; once it is removed, they cannot resume on it.";
+    return words;
 }
 
 } // namespace
@@ -151,7 +154,8 @@ std::string status(const std::string& status, const std::string& until, const st
     if (status == "limited")
         if (auto when = date(until)) limitedUntil = time(*when, now, place);
     std::string label = ReadinessWords::label(status, kind, limitedUntil);
-    if (Text::characterCount(label) > statusLabelLimit) return Text::prefixCharacters(label, statusLabelLimit) + "…";
+    // No text of 60 bytes or fewer holds more than 60 characters, so most labels skip the count.
+    if (label.size() > statusLabelLimit && Text::characterCount(label) > statusLabelLimit) return Text::prefixCharacters(label, statusLabelLimit) + "…";
     return label;
 }
 
