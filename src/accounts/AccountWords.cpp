@@ -64,6 +64,23 @@ bool sameDay(TimePoint a, TimePoint b, const Place& place) {
     return U_SUCCESS(error) && yearA == yearB && dayA == dayB;
 }
 
+// The start of the user's calendar day that holds `when`, moved by `days`.
+std::optional<TimePoint> dayStart(TimePoint when, int days, const Place& place) {
+    UErrorCode error = U_ZERO_ERROR;
+    std::unique_ptr<icu::Calendar> calendar(
+        icu::Calendar::createInstance(zone(place.timeZone), icu::Locale(place.locale.c_str()), error));
+    if (U_FAILURE(error)) return std::nullopt;
+    calendar->setTime(icuMillis(when), error);
+    calendar->set(UCAL_HOUR_OF_DAY, 0);
+    calendar->set(UCAL_MINUTE, 0);
+    calendar->set(UCAL_SECOND, 0);
+    calendar->set(UCAL_MILLISECOND, 0);
+    if (days) calendar->add(UCAL_DATE, days, error);
+    UDate start = calendar->getTime(error);
+    if (U_FAILURE(error)) return std::nullopt;
+    return TimePoint(std::chrono::duration_cast<TimePoint::duration>(std::chrono::milliseconds(static_cast<long long>(start))));
+}
+
 std::string localeId(std::string value) {
     for (char cut : {'.', '@'})
         if (auto at = value.find(cut); at != std::string::npos) value.resize(at);
@@ -157,6 +174,22 @@ std::string status(const std::string& status, const std::string& until, const st
     // No text of 60 bytes or fewer holds more than 60 characters, so most labels skip the count.
     if (label.size() > statusLabelLimit && Text::characterCount(label) > statusLabelLimit) return Text::prefixCharacters(label, statusLabelLimit) + "…";
     return label;
+}
+
+std::optional<TimePoint> statusChangesAt(const std::string& status, const std::string& until, TimePoint now,
+                                         const Place& place) {
+    if (status != "limited") return std::nullopt;
+    auto when = date(until);
+    if (!when) return std::nullopt;
+    std::optional<TimePoint> first;
+    auto consider = [&](std::optional<TimePoint> moment) {
+        if (moment && *moment > now && (!first || *moment < *first)) first = moment;
+    };
+    // Six days ahead starts the weekday form; its day starts the time alone; the next day ends it.
+    consider(*when - std::chrono::seconds(static_cast<long long>(sixDays)) + std::chrono::seconds(1));
+    consider(dayStart(*when, 0, place));
+    consider(dayStart(*when, 1, place));
+    return first;
 }
 
 std::string removal(const CompanionAccount& account, const std::string& accountsFolder, const std::string& userHome) {

@@ -7,6 +7,7 @@
 #include "foundation/Time.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,10 @@ std::string keyButton(const CompanionAccount& account);
 std::string time(TimePoint when, TimePoint now, const Place& place);
 std::string status(const std::string& status, const std::string& until, const std::string& kind, TimePoint now,
                    const Place& place);
+// The first moment after `now` at which `status` would read differently with the time alone (a
+// limit's day becoming today, or coming within six days); absent when it never will.
+std::optional<TimePoint> statusChangesAt(const std::string& status, const std::string& until, TimePoint now,
+                                         const Place& place);
 
 // The sentence above the Remove confirmation.
 std::string removal(const CompanionAccount& account, const std::string& accountsFolder, const std::string& userHome);

@@ -52,7 +52,8 @@ ui::Nodes rowWords(const Accounts& accounts, const AccountRowModel& row, TimePoi
     return words;
 }
 
-ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std::function<void()> changed) {
+ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std::function<void()> changed,
+               std::optional<TimePoint>* wordsChange) {
     Accounts* model = &accounts;
     AccountsViewState* s = &state;
     ui::Nodes rows;
@@ -63,6 +64,10 @@ ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std:
         rows.push_back(ui::text("No account yet. Agents use this Mac's own logins.").tone(ui::Tone::Dim).key("empty"));
     }
     for (const auto& row : listing) {
+        if (wordsChange && row.account) {
+            auto changes = AccountWords::statusChangesAt(row.account->status, row.account->until, now, accounts.place);
+            if (changes && (!*wordsChange || *changes < **wordsChange)) *wordsChange = changes;
+        }
         ui::Nodes lines;
         std::string id = row.id;
         lines.push_back(ui::button(rowTitle(row),

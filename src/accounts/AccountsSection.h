@@ -8,12 +8,15 @@
 #include "ui/Node.h"
 
 #include <functional>
+#include <optional>
 
 namespace orvan::AccountsSection {
 
 inline constexpr const char* title = "Accounts";
 
-ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std::function<void()> changed);
+// `wordsChange`, when given, is moved earlier to the first moment a row's words change with the time alone.
+ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std::function<void()> changed,
+               std::optional<TimePoint>* wordsChange = nullptr);
 
 // The words of one row, shared by the section and the detail sheet.
 ui::Nodes rowWords(const Accounts& accounts, const AccountRowModel& row, TimePoint now);

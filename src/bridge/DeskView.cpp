@@ -95,7 +95,8 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     }).key("mac"));
     if (context.wordsChange) context.wordsChange->reset();
     card.push_back(phonesSection(bridge, now, context.wordsChange));
-    if (context.accounts) card.push_back(AccountsSection::build(*context.accounts, state.accounts, now, context.changed));
+    if (context.accounts)
+        card.push_back(AccountsSection::build(*context.accounts, state.accounts, now, context.changed, context.wordsChange));
     card.push_back(EnvironmentsSection::build(bridge));
     if (context.themes) card.push_back(AppearanceSection::build(*context.themes));
     card.push_back(loginRow(bridge));

@@ -69,6 +69,23 @@ TEST(AccountWords, LimitedTimesInTheLocalesForms) {
     EXPECT_EQ(AccountWords::time(at("2026-11-24T00:30:00Z"), at("2026-11-23T22:00:00Z"), berlin), "Di., 01:30");
 }
 
+TEST(AccountWords, LimitedWordsChangeWhenTheDayOrTheWeekdayFormComes) {
+    AccountWords::Place utc{"en_US", "UTC"};
+    struct Case { const char* now; const char* until; const char* changes; };
+    for (auto c : {Case{"2026-11-23T10:00:00Z", "2026-11-23T15:00:00Z", "2026-11-24T00:00:00Z"},
+                   Case{"2026-11-23T10:00:00Z", "2026-11-25T15:00:00Z", "2026-11-25T00:00:00Z"},
+                   Case{"2026-11-23T10:00:00Z", "2026-12-02T15:00:00Z", "2026-11-26T15:00:01Z"},
+                   Case{"2026-11-23T10:00:00Z", "2026-11-20T15:00:00Z", ""}}) {
+        auto at = AccountWords::statusChangesAt("limited", c.until, *AccountWords::date(c.now), utc);
+        EXPECT_EQ(at ? RFC3339::string(*at) : "", c.changes) << c.until;
+        if (at) {
+            auto before = AccountWords::status("limited", c.until, "login", *at - std::chrono::seconds(1), utc);
+            EXPECT_NE(before, AccountWords::status("limited", c.until, "login", *at, utc)) << c.until;
+        }
+    }
+    EXPECT_FALSE(AccountWords::statusChangesAt("ready", "2026-11-23T15:00:00Z", *AccountWords::date("2026-11-23T10:00:00Z"), utc));
+}
+
 TEST(AccountWords, StatusLabelsAndTheirLimit) {
     const TimePoint now = at("2026-11-23T10:00:00Z");
     AccountWords::Place place{"en_US", "UTC"};
