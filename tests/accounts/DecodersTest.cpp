@@ -22,6 +22,8 @@ struct ListCase {
     std::vector<std::string> chain;
 };
 
+void PrintTo(const ListCase& value, std::ostream* out) { *out << value.name; }
+
 class AccountsListCases : public testing::TestWithParam<ListCase> {};
 
 TEST_P(AccountsListCases, KeepsEveryGoodRow) {
