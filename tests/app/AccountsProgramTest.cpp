@@ -116,6 +116,7 @@ TEST_F(AccountsProgram, ListsRenamesRemovesAndChecksAgainThroughTheTextView) {
     // Three presses while the vendors are slow: one more read.
     ASSERT_TRUE(ask("/_sim/slow", json{{"path", "/companion/accounts/usage"}, {"seconds", 4}}));
     const int before = accounts()["simulator"].value("usageReads", -1);
+    const int freshBefore = accounts()["simulator"].value("freshAsked", -1);
     const std::size_t mark = output_.size();
     ASSERT_TRUE(type("press \"Check again\"", "> Pressed Check again.")) << output_.substr(mark);
     ASSERT_TRUE(waitUntil([&] { return saw("[Checking…] (disabled)", mark); }, 10s)) << output_.substr(mark);
@@ -125,6 +126,7 @@ TEST_F(AccountsProgram, ListsRenamesRemovesAndChecksAgainThroughTheTextView) {
     ASSERT_TRUE(waitUntil([&] { return saw("[Check again]", checking); }, 20s)) << output_.substr(mark);
     runFor(1s);
     EXPECT_EQ(accounts()["simulator"].value("usageReads", -1), before + 1);
+    EXPECT_EQ(accounts()["simulator"].value("freshAsked", -1), freshBefore + 1) << "the one more read is a fresh one";
 
     ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
     EXPECT_TRUE(waitUntil([&] { return program_.state() == QProcess::NotRunning; }, 10s));

@@ -87,6 +87,7 @@ TEST(SimAccounts, UsageCarriesMetersTalliesAndDays) {
     sim.get("/companion/accounts/usage?fresh=1");
     json counts = body(sim.get("/companion/accounts"))["simulator"];
     EXPECT_EQ(counts["usageReads"], 2);
+    EXPECT_EQ(counts["freshAsked"], 1) << "the query reaches the route";
     EXPECT_EQ(counts["vendorReads"], 1) << "a fresh read within half a minute of the last one reads no vendor";
 }
 

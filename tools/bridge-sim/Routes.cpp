@@ -55,9 +55,11 @@ std::optional<json> object(const std::string& body, bool emptyIsObject) {
     return value;
 }
 
-Reply answer(Sim& sim, const std::string& method, const std::string& path, const std::string& body,
+Reply answer(Sim& sim, const std::string& method, const std::string& target, const std::string& body,
              TimePoint now) {
-    if (AccountsRoutes::owns(path)) return AccountsRoutes::answer(sim, method, path, body, now);
+    // Routes that read a query are handed the whole target; everything else matches on the path.
+    const std::string path = target.substr(0, target.find('?'));
+    if (AccountsRoutes::owns(path)) return AccountsRoutes::answer(sim, method, target, body, now);
     bool known = false;
     for (const auto& route : table()) {
         if (path != route.path) continue;

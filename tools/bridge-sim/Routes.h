@@ -8,8 +8,9 @@
 
 namespace orvan::sim::Routes {
 
-// Every path the bridge serves, /healthz included; a 404 or 405 for anything else.
-Reply answer(Sim& sim, const std::string& method, const std::string& path, const std::string& body, TimePoint now);
+// Every path the bridge serves, /healthz included; a 404 or 405 for anything else. `target` is the
+// path with its query, if any.
+Reply answer(Sim& sim, const std::string& method, const std::string& target, const std::string& body, TimePoint now);
 
 // The answer of --wrong-type: valid JSON that the companion's decoder for this path must refuse.
 std::string wrongShape(const std::string& path);

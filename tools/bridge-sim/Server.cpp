@@ -164,7 +164,7 @@ void Server::dispatch(const httplib::Request& request, httplib::Response& respon
         auto now = std::chrono::system_clock::now();
         Sim& sim = setup_.sim;
         reply = control ? Control::answer(sim, request.method, path, request.body, now)
-                        : Routes::answer(sim, request.method, path, request.body, now);
+                        : Routes::answer(sim, request.method, request.target, request.body, now);
         exitCode = sim.exitCode;
     }
     put(response, reply);
