@@ -1,0 +1,149 @@
+#include "fakes/FakeBridge.h"
+#include "fakes/FakeClock.h"
+#include "sandboxes/SandboxSection.h"
+#include "ui/TextCommands.h"
+#include "ui/TextRenderer.h"
+
+#include <gtest/gtest.h>
+
+namespace orvan {
+namespace {
+
+using namespace std::chrono_literals;
+using test::Reply;
+
+const char* kState = R"({"sandboxes":[
+    {"session":"aaaa1111zzzz","state":"running","keep":true,"watching":["Ana"]},
+    {"session":"bbbb2222","state":"stopped","keep":true},
+    {"session":"cccc3333","state":"running","keep":false},
+    {"session":"dddd4444","state":"failed","keep":false,"reason":"No space left on device\ntrace"}],
+    "runtime":"docker","docker":"running","image":"downloading","progress":0.426,"download":850000000,
+    "agents":{"claude":true,"codex":true},
+    "choices":[{"id":"container","supported":false,"why":"Needs Apple silicon.","installed":false,"running":false,
+                "recommended":false,"chosen":false},
+               {"id":"docker","supported":true,"installed":true,"running":true,"recommended":true,"chosen":true}]})";
+
+class SectionTest : public testing::Test {
+protected:
+    SectionTest() {
+        api_.on("GET", "/companion/sandbox", Reply::json(200, kState));
+        api_.on("POST", "/companion/sandbox/stop", Reply::empty(204));
+    }
+    std::string render() {
+        tree_ = std::make_unique<ui::Node>(SandboxSection::build(model_, state_, [this] { ++changes_; }));
+        frame_ = ui::TextRenderer({.numbered = true}).frame(*tree_);
+        return frame_.text;
+    }
+    ui::Outcome command(const std::string& line) {
+        render();
+        auto parsed = ui::parseCommand(line);
+        EXPECT_TRUE(parsed.command) << parsed.error;
+        return ui::perform(frame_.controls, *parsed.command);
+    }
+    // Several rows carry the same button: the first row's, by its number.
+    ui::Outcome pressFirst(const std::string& title) {
+        render();
+        for (const auto& control : frame_.controls)
+            if (control.node->title == title && control.number) return command("press " + std::to_string(control.number));
+        return {};
+    }
+    void settle() {
+        while (clock_.step()) {
+        }
+    }
+    std::vector<Json> stops() const {
+        std::vector<Json> out;
+        for (const auto& r : api_.requestsTo("/companion/sandbox/stop")) out.push_back(*json::parse(*r.body));
+        return out;
+    }
+    static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != std::string::npos; }
+
+    test::FakeClock clock_;
+    test::FakeBridge api_{clock_};
+    Sandboxes model_{api_, clock_, {}};
+    SandboxesViewState state_;
+    std::unique_ptr<ui::Node> tree_;
+    ui::TextFrame frame_;
+    int changes_ = 0;
+};
+
+TEST_F(SectionTest, BeforeTheFirstReadItAsksAndOffersSetUp) {
+    auto text = render();
+    EXPECT_TRUE(has(text, "Checking the agents on this Mac…")) << text;
+    EXPECT_TRUE(has(text, "Sandboxes need Apple's container tool or Docker Desktop on this Mac.")) << text;
+    EXPECT_TRUE(has(text, "Set up sandboxes…")) << text;
+    EXPECT_FALSE(has(text, "Session ")) << text;
+}
+
+TEST_F(SectionTest, RowsOfferStopAndDiscardAndDiscardAsksFirst) {
+    spawn(model_.refresh());
+    auto text = render();
+    EXPECT_TRUE(has(text, "Downloading the sandbox desktop… 42%")) << text;
+    EXPECT_TRUE(has(text, "Session aaaa1111")) << text;
+    EXPECT_FALSE(has(text, "aaaa1111z")) << text;
+    EXPECT_TRUE(has(text, "Running · saved · watched by Ana")) << text;
+    EXPECT_TRUE(has(text, "No space left on device")) << text;
+    EXPECT_FALSE(has(text, "trace")) << text;
+    EXPECT_TRUE(has(text, "Claude Code and Codex get a sandbox")) << text;
+    // Two running rows to stop, two saved rows to discard; the failed row offers neither.
+    ASSERT_TRUE(pressFirst("Stop").accepted);
+    settle();
+    EXPECT_EQ(stops(), (std::vector<Json>{{{"session", "aaaa1111zzzz"}, {"discard", false}}}));
+    ASSERT_TRUE(pressFirst("Discard").accepted);
+    EXPECT_TRUE(has(render(), "Discard this sandbox?"));
+    EXPECT_EQ(stops().size(), 1u);
+    ASSERT_TRUE(command("press Cancel").accepted);
+    EXPECT_FALSE(has(render(), "Discard this sandbox?"));
+    ASSERT_TRUE(pressFirst("Discard").accepted);
+    // The confirmation stands in front, so its Discard is the one a title reaches.
+    ASSERT_TRUE(command("press Discard").accepted);
+    settle();
+    EXPECT_EQ(stops().back(), (Json{{"session", "aaaa1111zzzz"}, {"discard", true}}));
+    EXPECT_FALSE(state_.discarding);
+}
+
+TEST_F(SectionTest, TheSheetShowsBothCardsByTheirState) {
+    spawn(model_.refresh());
+    ASSERT_TRUE(command("press Change how sandboxes run…").accepted);
+    auto text = render();
+    EXPECT_TRUE(has(text, "How sandboxes run on this Mac")) << text;
+    EXPECT_TRUE(has(text, "Not for this Mac.")) << text;
+    EXPECT_TRUE(has(text, "Needs Apple silicon.")) << text;
+    EXPECT_TRUE(has(text, "Recommended")) << text;
+    EXPECT_TRUE(has(text, "Sandboxes run here")) << text;
+    EXPECT_FALSE(has(text, "[Install]")) << text;
+    ASSERT_TRUE(command("press Done").accepted);
+    EXPECT_FALSE(state_.settingUp);
+}
+
+TEST_F(SectionTest, AnInstallFollowsItsStepsAndAFailureOffersTheSheetAgain) {
+    api_.on("GET", "/companion/sandbox", Reply::json(200, R"({"choices":[
+        {"id":"docker","supported":true,"installed":false,"running":false,"recommended":true,"chosen":false}]})"));
+    api_.on("POST", "/companion/sandbox/runtime", Reply::empty(202));
+    spawn(model_.refresh());
+    ASSERT_TRUE(command("press Set up sandboxes…").accepted);
+    ASSERT_TRUE(command("press Install").accepted);
+    settle();
+    ASSERT_EQ(api_.count("/companion/sandbox/runtime"), 1u);
+    EXPECT_EQ(*json::parse(*api_.requestsTo("/companion/sandbox/runtime")[0].body),
+              (Json{{"action", "install"}, {"runtime", "docker"}}));
+    api_.on("GET", "/companion/sandbox",
+            Reply::json(200, R"({"install":{"runtime":"docker","step":"downloading","progress":0.31},"choices":[
+        {"id":"docker","supported":true,"installed":false,"running":false,"recommended":true,"chosen":false}]})"));
+    spawn(model_.refresh());
+    auto text = render();
+    EXPECT_TRUE(has(text, "Setting up…")) << text;
+    EXPECT_TRUE(has(text, "Downloading Docker Desktop… 31%")) << text;
+    // While it installs, the card's button waits.
+    EXPECT_FALSE(command("press Install").accepted);
+    state_.settingUp = false;
+    api_.on("GET", "/companion/sandbox",
+            Reply::json(200, R"({"install":{"runtime":"docker","step":"failed","note":"Checksum mismatch."}})"));
+    spawn(model_.refresh());
+    EXPECT_TRUE(has(render(), "Docker Desktop was not set up. Checksum mismatch."));
+    ASSERT_TRUE(command("press Try again…").accepted);
+    EXPECT_TRUE(state_.settingUp);
+}
+
+} // namespace
+} // namespace orvan
