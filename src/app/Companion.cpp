@@ -40,6 +40,7 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     api_ = std::make_unique<QtLocalApi>(QString::fromStdString("http://" + setup.host + ":" + std::to_string(setup.port)));
     bridge_ = std::make_unique<Bridge>(*api_, clock_, processes_, std::move(setup));
     accounts_ = std::make_unique<Accounts>(*api_, clock_, AccountsSetup{environment_, userHome(environment_)});
+    sandboxes_ = std::make_unique<Sandboxes>(*api_, clock_, environment_);
 }
 
 void Companion::startDesk() {
@@ -48,6 +49,12 @@ void Companion::startDesk() {
     bridgeReady_ = bridge_->observe([this] {
         if (bridge_->ready && !accountsRead_) spawn(accounts_->refreshAll(false));
         accountsRead_ = bridge_->ready;
+        // The Sandboxes section is always in the window, so its poll runs from the first answer on;
+        // a bridge that goes away costs it only failed reads until it is back.
+        if (bridge_->ready && !sandboxesPolling_) {
+            sandboxesPolling_ = true;
+            spawn(sandboxes_->poll(sandboxesPoll_));
+        }
     });
     bridge_->start();
 }

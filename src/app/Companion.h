@@ -9,6 +9,7 @@
 #include "platform/linux/QtClock.h"
 #include "platform/linux/QtLocalApi.h"
 #include "platform/linux/XdgAutostart.h"
+#include "sandboxes/Sandboxes.h"
 
 #include <memory>
 #include <string>
@@ -29,11 +30,13 @@ public:
     // Every deliberate end of the process goes through here.
     void quitting() {
         accounts_->cancelReads();
+        sandboxesPoll_.cancel();
         bridge_->stopIfOwned();
     }
 
     Bridge& bridge() { return *bridge_; }
     Accounts& accounts() { return *accounts_; }
+    Sandboxes& sandboxes() { return *sandboxes_; }
     DeskState& deskState() { return desk_; }
     Clock& clock() { return clock_; }
     const Environment& environment() const { return environment_; }
@@ -47,6 +50,10 @@ private:
     std::unique_ptr<QtLocalApi> api_;
     std::unique_ptr<Bridge> bridge_;
     std::unique_ptr<Accounts> accounts_;
+    std::unique_ptr<Sandboxes> sandboxes_;
+    // The Sandboxes section's poll, started when a bridge first answers.
+    Cancel sandboxesPoll_;
+    bool sandboxesPolling_ = false;
     Observable::Subscription bridgeReady_;
     bool accountsRead_ = false;
     DeskState desk_;

@@ -50,6 +50,7 @@ HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions
     : companion_(companion), out_(out), options_(options) {
     subscription_ = companion_.bridge().observe([this] { requestRender(); });
     accounts_ = companion_.accounts().observe([this] { requestRender(); });
+    sandboxes_ = companion_.sandboxes().observe([this] { requestRender(); });
     look_ = ThemeStore::shared().observe([this] { requestRender(); });
     // Words that move with the time alone ("ends in 2 hours") are drawn again when they change.
     wordsTimer_.setSingleShot(true);
@@ -80,6 +81,7 @@ void HeadlessView::renderNow() {
     context.changed = [this] { requestRender(); };
     context.themes = &ThemeStore::shared();
     context.accounts = &companion_.accounts();
+    context.sandboxes = &companion_.sandboxes();
     std::optional<TimePoint> wordsChange;
     context.wordsChange = &wordsChange;
     const TimePoint now = companion_.clock().now();

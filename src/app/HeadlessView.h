@@ -60,6 +60,7 @@ private:
     QTimer wordsTimer_;
     Observable::Subscription subscription_;
     Observable::Subscription accounts_;
+    Observable::Subscription sandboxes_;
     Observable::Subscription look_;
 
     std::unique_ptr<QSocketNotifier> input_;

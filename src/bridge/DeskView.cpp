@@ -5,6 +5,7 @@
 #include "appearance/AppearanceSection.h"
 #include "bridge/RemoteWords.h"
 #include "phones/PhoneWords.h"
+#include "sandboxes/SandboxSection.h"
 
 namespace orvan {
 
@@ -95,6 +96,7 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     }).key("mac"));
     if (context.wordsChange) context.wordsChange->reset();
     card.push_back(phonesSection(bridge, now, context.wordsChange));
+    if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));
     if (context.accounts)
         card.push_back(AccountsSection::build(*context.accounts, state.accounts, now, context.changed, context.wordsChange));
     card.push_back(EnvironmentsSection::build(bridge));

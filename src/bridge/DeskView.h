@@ -3,6 +3,7 @@
 
 #include "accounts/AccountsViewState.h"
 #include "bridge/Bridge.h"
+#include "sandboxes/SandboxesViewState.h"
 #include "ui/Node.h"
 
 #include <functional>
@@ -21,10 +22,12 @@ struct DeskState {
     bool inviting = false;
     bool askConsent = false;
     AccountsViewState accounts;
+    SandboxesViewState sandboxes;
 };
 
 class ThemeStore;
 class Accounts;
+class Sandboxes;
 
 struct DeskContext {
     // The view state changed: draw again.
@@ -34,6 +37,8 @@ struct DeskContext {
     ThemeStore* themes = nullptr;
     // The agents' accounts; their section shows when there is one.
     Accounts* accounts = nullptr;
+    // This computer's sandboxes; their section shows when there is one.
+    Sandboxes* sandboxes = nullptr;
     // Where the view writes the first moment its words will change with the time alone (a guest's
     // "ends in 2 hours"), so the host draws again then; left absent when nothing will.
     std::optional<TimePoint>* wordsChange = nullptr;

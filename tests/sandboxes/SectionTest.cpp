@@ -147,3 +147,36 @@ TEST_F(SectionTest, AnInstallFollowsItsStepsAndAFailureOffersTheSheetAgain) {
 
 } // namespace
 } // namespace orvan
+
+#include "accounts/Accounts.h"
+#include "bridge/DeskView.h"
+#include "fakes/FakeProcesses.h"
+
+namespace orvan {
+namespace {
+
+// After Phones and before Accounts, and only where the host hands it a model.
+TEST(DeskWithSandboxes, TheSectionStandsInItsPlaceInTheWindow) {
+    test::FakeClock clock;
+    test::FakeBridge api{clock};
+    test::FakeProcesses processes;
+    BridgeSetup setup;
+    setup.environment = {{"HOME", "/nonexistent"}};
+    Bridge bridge(api, clock, processes, setup);
+    Accounts accounts(api, clock, AccountsSetup{{}, "/home/o"});
+    Sandboxes sandboxes(api, clock, {});
+    DeskState desk;
+    DeskContext context;
+    context.accounts = &accounts;
+    EXPECT_EQ(ui::TextRenderer().render(DeskView::build(bridge, desk, clock.now(), context)).find("== Sandboxes =="),
+              std::string::npos);
+    context.sandboxes = &sandboxes;
+    std::string text = ui::TextRenderer().render(DeskView::build(bridge, desk, clock.now(), context));
+    auto phones = text.find("== Phones =="), own = text.find("== Sandboxes =="), next = text.find("== Accounts ==");
+    ASSERT_NE(own, std::string::npos) << text;
+    EXPECT_LT(phones, own);
+    EXPECT_LT(own, next);
+}
+
+} // namespace
+} // namespace orvan

@@ -61,6 +61,7 @@ private:
     QTimer wordsTimer_;
     Observable::Subscription subscription_;
     Observable::Subscription accounts_;
+    Observable::Subscription sandboxes_;
     Observable::Subscription look_;
 };
 
