@@ -73,6 +73,7 @@ std::string Bridge::commandPath(const std::optional<std::string>& path) {
 void Bridge::start() {
     if (poll_) return;
     if (setup_.loginItem) assign(loginOn, setup_.loginItem->status() == LoginItem::Status::Enabled);
+    loadLid();
     poll_ = pollLoop(alive_);
     if (!updatePoll_) updatePoll_ = updatePollLoop(alive_);
 }
@@ -279,8 +280,6 @@ void Bridge::showScreen(const CompanionScreen& next) {
 }
 
 void Bridge::passDiagnostics(std::optional<bool>, std::optional<bool>) {}
-
-void Bridge::refreshLid() {}
 
 Task<void> Bridge::checkForUpdate(bool) { co_return; }
 

@@ -8,6 +8,7 @@
 #include "bridge/CompanionScreen.h"
 #include "bridge/CompanionStatus.h"
 #include "bridge/RestartBackoff.h"
+#include "connections/LidWake.h"
 #include "foundation/Async.h"
 #include "foundation/Carryover.h"
 #include "foundation/Observable.h"
@@ -36,6 +37,8 @@ struct BridgeSetup {
     std::vector<std::filesystem::path> bundled;
     // The login item; none in tests that don't need it.
     LoginItem* loginItem = nullptr;
+    // The lid hold; without one the lid is left to the system.
+    LidWake* lid = nullptr;
 };
 
 class Bridge final : public Observable {
@@ -101,6 +104,11 @@ public:
     // Opens the program at login, or stops doing so; an explicit choice ends the carrying over.
     void setLogin(bool on);
 
+    // Keeps the machine up with the lid closed, or stops; the wish is kept for the next launch.
+    void setLid(bool on);
+    // Lets go of the lid hold; runs before every deliberate end of the process.
+    void releaseLidHold();
+
     Task<bool> rename(std::string name);
     Task<void> setSidebar(std::string position);
 
@@ -124,6 +132,8 @@ private:
     void passDiagnostics(std::optional<bool> diagnostics, std::optional<bool> answered);
     // The lid hold and the release check are their own subsystems' work.
     void refreshLid();
+    // Once, at the first start: the stored wish, and undoing a hold a crashed process may have left.
+    void loadLid();
     Task<void> checkForUpdate(bool manual);
 
     LocalApi& api_;
