@@ -37,10 +37,12 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     setup.environment = environment_;
     setup.bundled = bundledBridge(executable);
     setup.loginItem = &login_;
+    setup.lid = &lidWake_;
     api_ = std::make_unique<QtLocalApi>(QString::fromStdString("http://" + setup.host + ":" + std::to_string(setup.port)));
     bridge_ = std::make_unique<Bridge>(*api_, clock_, processes_, std::move(setup));
     accounts_ = std::make_unique<Accounts>(*api_, clock_, AccountsSetup{environment_, userHome(environment_)});
     sandboxes_ = std::make_unique<Sandboxes>(*api_, clock_, environment_);
+    tunnel_ = std::make_unique<Tunnel>(*api_, clock_, environment_);
 }
 
 void Companion::startDesk() {
@@ -54,6 +56,10 @@ void Companion::startDesk() {
         if (bridge_->ready && !sandboxesPolling_) {
             sandboxesPolling_ = true;
             spawn(sandboxes_->poll(sandboxesPoll_));
+        }
+        if (bridge_->ready && !tunnelPolling_) {
+            tunnelPolling_ = true;
+            spawn(tunnel_->poll(tunnelPoll_));
         }
     });
     bridge_->start();

@@ -5,6 +5,9 @@
 #include "accounts/Accounts.h"
 #include "bridge/Bridge.h"
 #include "bridge/DeskView.h"
+#include "connections/LidWake.h"
+#include "connections/Tunnel.h"
+#include "platform/linux/LogindPower.h"
 #include "platform/linux/PosixProcesses.h"
 #include "platform/linux/QtClock.h"
 #include "platform/linux/QtLocalApi.h"
@@ -31,12 +34,17 @@ public:
     void quitting() {
         accounts_->cancelReads();
         sandboxesPoll_.cancel();
+        tunnelPoll_.cancel();
+        bridge_->releaseLidHold();
         bridge_->stopIfOwned();
+        // Whatever the model believed, no lock is left behind by a deliberate end.
+        lidWake_.release();
     }
 
     Bridge& bridge() { return *bridge_; }
     Accounts& accounts() { return *accounts_; }
     Sandboxes& sandboxes() { return *sandboxes_; }
+    Tunnel& tunnel() { return *tunnel_; }
     DeskState& deskState() { return desk_; }
     Clock& clock() { return clock_; }
     const Environment& environment() const { return environment_; }
@@ -47,6 +55,8 @@ private:
     QtClock clock_;
     PosixProcesses processes_;
     XdgAutostart login_;
+    LogindPower power_;
+    LidWake lidWake_{power_};
     std::unique_ptr<QtLocalApi> api_;
     std::unique_ptr<Bridge> bridge_;
     std::unique_ptr<Accounts> accounts_;
@@ -54,6 +64,10 @@ private:
     // The Sandboxes section's poll, started when a bridge first answers.
     Cancel sandboxesPoll_;
     bool sandboxesPolling_ = false;
+    std::unique_ptr<Tunnel> tunnel_;
+    // The Connections section's poll, started like the Sandboxes one.
+    Cancel tunnelPoll_;
+    bool tunnelPolling_ = false;
     Observable::Subscription bridgeReady_;
     bool accountsRead_ = false;
     DeskState desk_;

@@ -51,6 +51,7 @@ HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions
     subscription_ = companion_.bridge().observe([this] { requestRender(); });
     accounts_ = companion_.accounts().observe([this] { requestRender(); });
     sandboxes_ = companion_.sandboxes().observe([this] { requestRender(); });
+    tunnel_ = companion_.tunnel().observe([this] { requestRender(); });
     look_ = ThemeStore::shared().observe([this] { requestRender(); });
     // Words that move with the time alone ("ends in 2 hours") are drawn again when they change.
     wordsTimer_.setSingleShot(true);
@@ -82,6 +83,7 @@ void HeadlessView::renderNow() {
     context.themes = &ThemeStore::shared();
     context.accounts = &companion_.accounts();
     context.sandboxes = &companion_.sandboxes();
+    context.tunnel = &companion_.tunnel();
     std::optional<TimePoint> wordsChange;
     context.wordsChange = &wordsChange;
     const TimePoint now = companion_.clock().now();

@@ -61,6 +61,7 @@ private:
     Observable::Subscription subscription_;
     Observable::Subscription accounts_;
     Observable::Subscription sandboxes_;
+    Observable::Subscription tunnel_;
     Observable::Subscription look_;
 
     std::unique_ptr<QSocketNotifier> input_;

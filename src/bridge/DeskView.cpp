@@ -4,6 +4,8 @@
 #include "bridge/EnvironmentsSection.h"
 #include "appearance/AppearanceSection.h"
 #include "bridge/RemoteWords.h"
+#include "connections/ConnectionsSection.h"
+#include "connections/LidWords.h"
 #include "phones/PhoneWords.h"
 #include "sandboxes/SandboxSection.h"
 
@@ -80,6 +82,14 @@ ui::Node loginRow(Bridge& bridge) {
     }).key("login");
 }
 
+ui::Node lidRow(Bridge& bridge) {
+    Bridge* b = &bridge;
+    return ui::section("", {
+        ui::toggle(LidWords::rowTitle, bridge.lidOn, [b](bool on) { b->setLid(on); }).help(LidWords::rowHelp).key("lid.switch"),
+        ui::text(bridge.lidNote).tone(ui::Tone::Dim).style(ui::TextStyle::Caption).key("lid.note"),
+    }).key("lid");
+}
+
 } // namespace
 
 ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const DeskContext& context) {
@@ -96,12 +106,15 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     }).key("mac"));
     if (context.wordsChange) context.wordsChange->reset();
     card.push_back(phonesSection(bridge, now, context.wordsChange));
+    if (context.tunnel)
+        card.push_back(ConnectionsSection::build(*context.tunnel, state.connections, context.changed));
     if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));
     if (context.accounts)
         card.push_back(AccountsSection::build(*context.accounts, state.accounts, now, context.changed, context.wordsChange));
     card.push_back(EnvironmentsSection::build(bridge));
     if (context.themes) card.push_back(AppearanceSection::build(*context.themes));
     card.push_back(loginRow(bridge));
+    card.push_back(lidRow(bridge));
     card.push_back(ui::text(context.versionLabel).selectable().tone(ui::Tone::Dim).style(ui::TextStyle::Caption)
                        .key("version"));
     return ui::vstack(std::move(card));

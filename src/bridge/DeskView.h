@@ -3,6 +3,7 @@
 
 #include "accounts/AccountsViewState.h"
 #include "bridge/Bridge.h"
+#include "connections/ConnectionsViewState.h"
 #include "sandboxes/SandboxesViewState.h"
 #include "ui/Node.h"
 
@@ -23,11 +24,13 @@ struct DeskState {
     bool askConsent = false;
     AccountsViewState accounts;
     SandboxesViewState sandboxes;
+    ConnectionsViewState connections;
 };
 
 class ThemeStore;
 class Accounts;
 class Sandboxes;
+class Tunnel;
 
 struct DeskContext {
     // The view state changed: draw again.
@@ -39,6 +42,8 @@ struct DeskContext {
     Accounts* accounts = nullptr;
     // This computer's sandboxes; their section shows when there is one.
     Sandboxes* sandboxes = nullptr;
+    // The tunnels; their section shows when there is one.
+    Tunnel* tunnel = nullptr;
     // Where the view writes the first moment its words will change with the time alone (a guest's
     // "ends in 2 hours"), so the host draws again then; left absent when nothing will.
     std::optional<TimePoint>* wordsChange = nullptr;

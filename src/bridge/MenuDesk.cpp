@@ -1,5 +1,7 @@
 #include "bridge/MenuDesk.h"
 
+#include "connections/LidWords.h"
+
 namespace orvan {
 
 TrayIcon MenuDesk::icon(const Bridge& bridge) {
@@ -13,6 +15,8 @@ ui::Node MenuDesk::build(Bridge& bridge, const MenuContext& context) {
     items.push_back(ui::toggle(bridge.on ? "Remote control is on" : "Remote control is off", bridge.on,
                                [b](bool) { spawn(b->toggle()); })
                         .key("remote"));
+    items.push_back(ui::toggle(LidWords::menu(bridge.lidOn), bridge.lidOn, [b](bool) { b->setLid(!b->lidOn); })
+                        .key("lid"));
     items.push_back(ui::button("Open Orvan Companion", context.openDesk).key("open"));
     std::string label = context.versionLabel;
     auto copy = context.copy;
@@ -28,6 +32,7 @@ ui::Node MenuDesk::build(Bridge& bridge, const MenuContext& context) {
     auto quit = context.quit;
     items.push_back(ui::button("Quit Orvan Companion",
                                [b, quit] {
+                                   b->releaseLidHold();
                                    b->stopIfOwned();
                                    if (quit) quit();
                                })

@@ -75,6 +75,9 @@ const std::string kOrvanOnly = R"(== Environments ==
 --
   [ ] Open when you log in
   The Mac is ready before you open this window.
+--
+  [ ] Stay on when closed
+  Closing the lid puts this Mac to sleep.
 Version 0.1.0 (7)
 )";
 
@@ -96,6 +99,8 @@ INSTANTIATE_TEST_SUITE_P(
                      b.tulm = "up";
                      b.sidebar = "left";
                      b.loginNote = "Could not change this.";
+                     b.lidOn = true;
+                     b.lidNote = "Battery is low, so closing the lid can sleep this Mac again.";
                      GuestScope scope;
                      scope.ends = now + 36h;
                      b.phones = {{"a", "Ada's iPhone", "owner", std::nullopt, "2026-11-01T00:00:00Z"},
@@ -125,6 +130,9 @@ INSTANTIATE_TEST_SUITE_P(
 --
   [x] Open when you log in
   Could not change this.
+--
+  [x] Stay on when closed
+  Battery is low, so closing the lid can sleep this Mac again.
 Version 0.1.0 (7)
 )"},
         CardCase{"RenamingKeepsTheFieldWithItsNote",

@@ -1,4 +1,5 @@
 #include "bridge/Bridge.h"
+#include "bridge/MenuDesk.h"
 #include "connections/LidStore.h"
 #include "connections/LidWake.h"
 #include "fakes/FakeBridge.h"
@@ -7,6 +8,8 @@
 #include "fakes/TempFolder.h"
 #include "foundation/Files.h"
 #include "platform/linux/PowerSupplies.h"
+#include "ui/TextCommands.h"
+#include "ui/TextRenderer.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -179,6 +182,28 @@ TEST_F(LidTest, TheFirstStartReadsTheStoredWishAndABadFileIsOff) {
         EXPECT_EQ(power_.held, c.on) << c.file.value_or("(none)");
         EXPECT_EQ(LidStore::read(setup_.environment), c.on);
     }
+}
+
+TEST_F(LidTest, TheMenuRowSaysTheWishTurnsItOverAndQuittingLetsGoFirst) {
+    Bridge& b = bridge();
+    int quits = 0;
+    MenuContext context;
+    context.quit = [&] {
+        EXPECT_FALSE(power_.held) << "the lock goes before the program does";
+        ++quits;
+    };
+    auto act = [&](const char* title) {
+        ui::Node menu = MenuDesk::build(b, context);
+        auto frame = ui::TextRenderer({.numbered = true}).frame(menu);
+        auto found = ui::resolve(frame.controls, title);
+        ASSERT_TRUE(found.control) << found.error << "\n" << frame.text;
+        ASSERT_TRUE(ui::perform(frame.controls, {ui::Verb::Activate, std::to_string(found.control->number), {}}).accepted);
+    };
+    act("Sleep when the lid closes");
+    EXPECT_TRUE(b.lidOn && power_.held);
+    act("Quit Orvan Companion");
+    EXPECT_EQ(quits, 1);
+    EXPECT_TRUE(b.lidOn) << "quitting keeps the wish for the next launch";
 }
 
 } // namespace

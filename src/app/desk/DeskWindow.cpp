@@ -30,6 +30,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
         context.themes = &themes_;
         context.accounts = &companion_.accounts();
         context.sandboxes = &companion_.sandboxes();
+        context.tunnel = &companion_.tunnel();
         context.wordsChange = &wordsChange_;
         TimePoint now = companion_.clock().now();
         ui::Node tree = DeskView::build(companion_.bridge(), companion_.deskState(), now, context);
@@ -74,6 +75,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     subscription_ = companion_.bridge().observe([this] { modelChanged(); });
     accounts_ = companion_.accounts().observe([this] { desk_->requestRender(); });
     sandboxes_ = companion_.sandboxes().observe([this] { desk_->requestRender(); });
+    tunnel_ = companion_.tunnel().observe([this] { desk_->requestRender(); });
     look_ = themes_.observe([this] { lookChanged(); });
     wordsTimer_.setSingleShot(true);
     wordsTimer_.setTimerType(Qt::CoarseTimer);
@@ -159,6 +161,7 @@ CommandAnswer DeskWindow::command(const std::string& line) {
             context.themes = &themes_;
             context.accounts = &companion_.accounts();
             context.sandboxes = &companion_.sandboxes();
+            context.tunnel = &companion_.tunnel();
             return DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context);
         },
         [this] { desk_->requestRender(); });

@@ -62,6 +62,7 @@ private:
     Observable::Subscription subscription_;
     Observable::Subscription accounts_;
     Observable::Subscription sandboxes_;
+    Observable::Subscription tunnel_;
     Observable::Subscription look_;
 };
 
