@@ -67,6 +67,11 @@ Task<void> Sandboxes::refresh() {
     assign(choices, std::move(reply->choices));
     assign(install, std::move(reply->install));
     assign(loaded, true);
+    quickenPoll();
+}
+
+void Sandboxes::quickenPoll() {
+    if (nap_ && period() < napLength_) nap_->cancel();
 }
 
 Task<void> Sandboxes::stop(std::string session, bool discard) {
@@ -142,7 +147,19 @@ Task<void> Sandboxes::poll(Cancel cancel) {
     while (!cancel.cancelled()) {
         co_await refresh();
         if (cancel.cancelled()) break;
-        if (!co_await clock_.sleep(period(), cancel)) break;
+        // A nap cut short means the pace quickened after a read: sleep the quicker period from now.
+        bool slept = false;
+        while (!slept && !cancel.cancelled()) {
+            Cancel nap;
+            int wake = cancel.onCancel([nap]() mutable { nap.cancel(); });
+            nap_ = nap;
+            napLength_ = period();
+            slept = co_await clock_.sleep(napLength_, nap);
+            if (!cancel.cancelled()) {
+                nap_.reset();
+                cancel.forget(wake);
+            }
+        }
     }
     if (!alive.cancelled()) alive.forget(link);
 }

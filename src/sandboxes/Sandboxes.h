@@ -58,6 +58,12 @@ public:
 
 private:
     Task<HttpAnswer> send(std::string path, std::optional<Json> body, Duration timeout);
+    // An operation that set work going wakes the poll from a long nap, so the work is followed at once.
+    void quickenPoll();
+
+    // The poll's current sleep and its length, while it sleeps.
+    std::optional<Cancel> nap_;
+    Duration napLength_{};
 
     LocalApi& api_;
     Clock& clock_;

@@ -190,6 +190,31 @@ TEST_F(SandboxesTest, ThePollReadsAtOnceFollowsAStartingServiceEachSecondThenEve
     EXPECT_EQ(reads, 6);
 }
 
+TEST_F(SandboxesTest, ABuildStartedDuringALongNapIsFollowedAtOnce) {
+    std::vector<double> reads;
+    std::string image = "missing";
+    api_.on("GET", "/companion/sandbox", [&](const HttpRequest&) {
+        reads.push_back(clock_.elapsed());
+        return Reply::json(200, R"({"image":")" + image + R"("})");
+    });
+    api_.on("POST", "/companion/sandbox/image", [&](const HttpRequest&) {
+        image = "downloading";
+        return Reply::empty(202);
+    });
+    Cancel section;
+    auto loop = test::start(model_.poll(section));
+    clock_.advance(2s);
+    run(model_.changeImage("build"));
+    clock_.advance(2s);
+    // The build's own read at 2 s, then the poll each second, not at 5 s.
+    EXPECT_EQ(reads, (std::vector<double>{0, 2, 3, 4}));
+    image = "ready";
+    clock_.advance(11s);
+    EXPECT_EQ(reads, (std::vector<double>{0, 2, 3, 4, 5, 10, 15}));
+    section.cancel();
+    EXPECT_TRUE(loop.done());
+}
+
 TEST_F(SandboxesTest, TheModelsEndStopsItsPoll) {
     api_.on("GET", "/companion/sandbox", Reply::json(200, "{}"));
     std::optional<Sandboxes> model;

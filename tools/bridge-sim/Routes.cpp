@@ -61,7 +61,7 @@ Reply answer(Sim& sim, const std::string& method, const std::string& target, con
     // Routes that read a query are handed the whole target; everything else matches on the path.
     const std::string path = target.substr(0, target.find('?'));
     if (AccountsRoutes::owns(path)) return AccountsRoutes::answer(sim, method, target, body, now);
-    if (SandboxRoutes::owns(path)) return SandboxRoutes::answer(sim, method, path, body, now);
+    if (SandboxRoutes::owns(path)) return SandboxRoutes::answer(sim, method, target, body, now);
     bool known = false;
     for (const auto& route : table()) {
         if (path != route.path) continue;

@@ -29,12 +29,14 @@ SandboxState& state() {
 
 bool owns(const std::string& path) { return path == base || path.rfind(std::string(base) + "/", 0) == 0; }
 
-Reply answer(Sim&, const std::string& method, const std::string& path, const std::string& body, TimePoint now) {
+Reply answer(Sim&, const std::string& method, const std::string& target, const std::string& body, TimePoint now) {
     SandboxState& s = state();
+    const std::string path = target.substr(0, target.find('?'));
+    const bool counted = target.find("uncounted=1", path.size()) == std::string::npos;
     const bool read = method == "GET" || method == "HEAD";
     if (path == base) {
         if (!read) return Reply::message(405, method + " is not how " + path + " is used.");
-        return Reply::json(200, s.read(now));
+        return Reply::json(200, s.read(now, counted));
     }
     const std::string verb = path.substr(std::string(base).size() + 1);
     if (verb != "stop" && verb != "image" && verb != "runtime" && verb != "agents")

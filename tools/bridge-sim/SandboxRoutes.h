@@ -10,6 +10,7 @@
 namespace orvan::sim::SandboxRoutes {
 
 bool owns(const std::string& path);
-Reply answer(Sim& sim, const std::string& method, const std::string& path, const std::string& body, TimePoint now);
+// `target` may carry a query: "?uncounted=1" is a test looking without being counted as a read.
+Reply answer(Sim& sim, const std::string& method, const std::string& target, const std::string& body, TimePoint now);
 
 } // namespace orvan::sim::SandboxRoutes

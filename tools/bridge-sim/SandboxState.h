@@ -60,7 +60,8 @@ struct SandboxState {
     // `bare`: a computer where nothing runs sandboxes yet and no sandbox was ever made.
     static SandboxState seeded(bool bare = false);
 
-    nlohmann::json read(TimePoint now);
+    // `counted`: the read goes into `readTimes`, as the companion's do.
+    nlohmann::json read(TimePoint now, bool counted = true);
     Reply stop(const nlohmann::json& body, TimePoint now);
     Reply changeImage(const nlohmann::json& body, TimePoint now);
     Reply runtimeAction(const nlohmann::json& body, TimePoint now);

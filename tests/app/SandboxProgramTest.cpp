@@ -1,0 +1,157 @@
+// The real program, headless, against the simulator it launches as its own bridge on 8787: the
+// Sandboxes section fetches the sandbox desktop with a bar that moves, keeps pace with it (each
+// second while it is under way, every five after), stops a running sandbox and discards a saved
+// one after the owner confirms, all through the text view's commands.
+#include "RealBridge.h"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <sys/stat.h>
+
+namespace orvan {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace test;
+using nlohmann::json;
+
+class SandboxProgram : public testing::Test {
+protected:
+    void SetUp() override {
+        qtApp();
+        if (healthzAnswers(8787)) GTEST_SKIP() << "something else already serves port 8787";
+        const std::string runtime = (home_.root / "run").string();
+        ::mkdir(runtime.c_str(), 0700);
+        auto env = QProcessEnvironment::systemEnvironment();
+        env.insert("HOME", QString::fromStdString(home_.root.string()));
+        env.insert("XDG_DATA_HOME", QString::fromStdString((home_.root / "share").string()));
+        env.insert("XDG_CONFIG_HOME", QString::fromStdString((home_.root / "config").string()));
+        env.insert("XDG_RUNTIME_DIR", QString::fromStdString(runtime));
+        env.insert("ORVAN_DIR", QString::fromStdString(home_.data().string()));
+        env.insert("COLUMNS", "120");
+        env.insert("LANG", "en_US.UTF-8");
+        env.remove("ORVAN_COMPANION_BIN");
+        env.remove("ORVAN_SIM_SANDBOX");
+        program_.setProcessEnvironment(env);
+        QObject::connect(&program_, &QProcess::readyReadStandardOutput,
+                         [this] { output_ += program_.readAllStandardOutput().toStdString(); });
+    }
+    void TearDown() override {
+        if (program_.state() != QProcess::NotRunning) {
+            program_.terminate();
+            program_.waitForFinished(10000);
+        }
+    }
+    bool saw(const std::string& words, std::size_t from = 0) const { return output_.find(words, from) != std::string::npos; }
+    bool type(const std::string& line, const std::string& answer) {
+        const std::size_t mark = output_.size();
+        program_.write(QByteArray::fromStdString(line + "\n"));
+        return waitUntil([&] { return saw(answer, mark); }, 10s);
+    }
+    // The bridge's state as a test sees it, without counting as one of the companion's reads.
+    json sandbox() {
+        std::ifstream file(home_.data() / "local.key");
+        std::string key;
+        std::getline(file, key);
+        httplib::Client client("127.0.0.1", 8787);
+        client.set_read_timeout(10);
+        auto answer = client.Get("/companion/sandbox?uncounted=1", {{"X-Tulm-Local", key}});
+        return answer && answer->status == 200 ? json::parse(answer->body, nullptr, false) : json::object();
+    }
+    bool listed(const std::string& prefix) {
+        for (const auto& row : sandbox().value("sandboxes", json::array()))
+            if (row.value("session", "").rfind(prefix, 0) == 0) return true;
+        return false;
+    }
+    // The number the last frame gave a row's button.
+    std::string numberOf(const std::string& session, const std::string& button) {
+        std::regex row("Session " + session + R"(\s+(?:\d+\) \[\w+\]\s+)*?(\d+)\) \[)" + button + R"(\])");
+        std::string number;
+        for (std::sregex_iterator it(output_.begin(), output_.end(), row), end; it != end; ++it) number = (*it)[1];
+        return number;
+    }
+    // The sequence of percentages in the frames since `from`, as drawn after `before`.
+    std::vector<int> percents(const std::string& before, std::size_t from) {
+        std::vector<int> out;
+        std::regex pattern(before + R"((\d+)%)");
+        std::string tail = output_.substr(from);
+        for (std::sregex_iterator it(tail.begin(), tail.end(), pattern), end; it != end; ++it) {
+            int value = std::stoi((*it)[1]);
+            if (out.empty() || out.back() != value) out.push_back(value);
+        }
+        return out;
+    }
+
+    TempHome home_;
+    QProcess program_;
+    std::string output_;
+};
+
+TEST_F(SandboxProgram, FetchesTheImageAtTheRightPaceThenStopsAndDiscards) {
+    program_.start(ORVAN_COMPANION_PATH, {"--headless"});
+    ASSERT_TRUE(program_.waitForStarted(5000));
+    ASSERT_TRUE(waitUntil([&] { return saw("[Get the sandbox desktop]") && saw("Session 7f3a9c21"); }, 40s)) << output_;
+    EXPECT_TRUE(saw("Running · saved · watched by Ana's iPhone"));
+    EXPECT_TRUE(saw("The container did not start: no space left on device."));
+    EXPECT_FALSE(saw("exit status 125")) << "only the reason's first line shows";
+
+    // The image: the step's words and the bar both move while it downloads.
+    const std::size_t pressed = output_.size();
+    ASSERT_TRUE(type("press \"Get the sandbox desktop\"", "> Pressed Get the sandbox desktop.")) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("Ready: Docker, with the sandbox desktop here.", pressed); }, 30s))
+        << output_.substr(pressed);
+    auto words = percents("Downloading the sandbox desktop… ", pressed);
+    auto bar = percents("\n\\s+", pressed);
+    EXPECT_GE(words.size(), 3u) << output_.substr(pressed);
+    EXPECT_TRUE(std::is_sorted(words.begin(), words.end())) << output_.substr(pressed);
+    EXPECT_GE(bar.size(), 3u) << output_.substr(pressed);
+    EXPECT_TRUE(std::is_sorted(bar.begin(), bar.end())) << output_.substr(pressed);
+    EXPECT_TRUE(saw("Unpacking the sandbox desktop…", pressed));
+    EXPECT_TRUE(saw("Adding Google Chrome…", pressed));
+    EXPECT_TRUE(saw("[Remove the sandbox desktop] (disabled)", pressed)) << "sandboxes are running";
+
+    // The pace, as the bridge counted it: each second while the image was made, then every five.
+    runFor(11s);
+    std::vector<double> gaps;
+    auto reads = sandbox()["simulator"]["reads"];
+    for (std::size_t i = 1; i < reads.size(); ++i) gaps.push_back(reads[i].get<double>() - reads[i - 1].get<double>());
+    ASSERT_GE(gaps.size(), 8u);
+    std::string told;
+    for (double gap : gaps) told += std::to_string(gap) + " ";
+    EXPECT_NEAR(gaps[gaps.size() - 1], 5.0, 0.6) << told;
+    EXPECT_NEAR(gaps[gaps.size() - 2], 5.0, 0.6) << told;
+    int quick = 0;
+    for (std::size_t i = gaps.size() - 2; i-- > 0 && gaps[i] < 4.0;)
+        if (gaps[i] > 0.7 && gaps[i] < 1.5) ++quick;
+    EXPECT_GE(quick, 5) << told;
+
+    // Stop a running sandbox that is not saved: it goes.
+    std::string stop = numberOf("c4d5e6f7", "Stop");
+    ASSERT_FALSE(stop.empty()) << output_;
+    ASSERT_TRUE(type("press " + stop, "> Pressed Stop.")) << output_;
+    EXPECT_TRUE(waitUntil([&] { return !listed("c4d5e6f7"); }, 10s));
+
+    // Discard a saved one: nothing happens until the owner says yes.
+    std::string discard = numberOf("b81e22d0", "Discard");
+    ASSERT_FALSE(discard.empty()) << output_;
+    ASSERT_TRUE(type("press " + discard, "> Pressed Discard.")) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("Discard this sandbox?"); }, 10s)) << output_;
+    EXPECT_TRUE(listed("b81e22d0"));
+    ASSERT_TRUE(type("press Discard", "> Pressed Discard.")) << output_;
+    EXPECT_TRUE(waitUntil([&] { return !listed("b81e22d0"); }, 10s));
+    // The last frame drawn has the saved sandbox still running and the discarded one gone.
+    auto lastFrame = [&] { return output_.substr(output_.rfind("== Sandboxes ==")); };
+    EXPECT_TRUE(waitUntil([&] { return lastFrame().find("Session b81e22d0") == std::string::npos; }, 10s)) << lastFrame();
+    EXPECT_NE(lastFrame().find("Session 7f3a9c21"), std::string::npos) << lastFrame();
+
+    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    EXPECT_TRUE(waitUntil([&] { return program_.state() == QProcess::NotRunning; }, 10s));
+}
+
+} // namespace
+} // namespace orvan
