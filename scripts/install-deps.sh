@@ -15,6 +15,7 @@ packages=(
   libgtest-dev libgmock-dev googletest
   libbenchmark-dev
   xvfb xauth curl procps iproute2
+  dbus-daemon
 )
 
 missing=()
