@@ -2,6 +2,7 @@
 
 #include "AccountsRoutes.h"
 #include "SandboxRoutes.h"
+#include "TunnelRoutes.h"
 #include <functional>
 #include <vector>
 
@@ -62,6 +63,7 @@ Reply answer(Sim& sim, const std::string& method, const std::string& target, con
     const std::string path = target.substr(0, target.find('?'));
     if (AccountsRoutes::owns(path)) return AccountsRoutes::answer(sim, method, target, body, now);
     if (SandboxRoutes::owns(path)) return SandboxRoutes::answer(sim, method, target, body, now);
+    if (TunnelRoutes::owns(path)) return TunnelRoutes::answer(sim, method, path, body, now);
     bool known = false;
     for (const auto& route : table()) {
         if (path != route.path) continue;
