@@ -1,0 +1,128 @@
+// The real program, headless, against the simulator it launches as its own bridge on 8787: the
+// Connections section's quick tunnel, a refused hostname, a token that goes to the bridge and
+// nowhere else, and the lid switch on a machine with no system bus.
+#include "RealBridge.h"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <nlohmann/json.hpp>
+#include <sys/stat.h>
+
+namespace orvan {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace test;
+using nlohmann::json;
+
+constexpr const char* kToken = "sekritTunnelToken-4q9Z";
+
+class ConnectionsProgram : public testing::Test {
+protected:
+    void SetUp() override {
+        qtApp();
+        if (healthzAnswers(8787)) GTEST_SKIP() << "something else already serves port 8787";
+        const std::string runtime = (home_.root / "run").string();
+        ::mkdir(runtime.c_str(), 0700);
+        auto env = QProcessEnvironment::systemEnvironment();
+        env.insert("HOME", QString::fromStdString(home_.root.string()));
+        env.insert("XDG_DATA_HOME", QString::fromStdString((home_.root / "share").string()));
+        env.insert("XDG_CONFIG_HOME", QString::fromStdString((home_.root / "config").string()));
+        env.insert("XDG_RUNTIME_DIR", QString::fromStdString(runtime));
+        env.insert("ORVAN_DIR", QString::fromStdString(home_.data().string()));
+        // No login manager answers here: the lid lock can't be had.
+        env.insert("DBUS_SYSTEM_BUS_ADDRESS", QString::fromStdString("unix:path=" + (home_.root / "no-bus").string()));
+        env.insert("COLUMNS", "160");
+        env.insert("LANG", "en_US.UTF-8");
+        env.remove("ORVAN_COMPANION_BIN");
+        program_.setProcessEnvironment(env);
+        QObject::connect(&program_, &QProcess::readyReadStandardOutput,
+                         [this] { output_ += program_.readAllStandardOutput().toStdString(); });
+        QObject::connect(&program_, &QProcess::readyReadStandardError,
+                         [this] { errors_ += program_.readAllStandardError().toStdString(); });
+    }
+    void TearDown() override {
+        if (program_.state() != QProcess::NotRunning) {
+            program_.terminate();
+            program_.waitForFinished(10000);
+        }
+    }
+    bool saw(const std::string& words, std::size_t from = 0) const { return output_.find(words, from) != std::string::npos; }
+    bool type(const std::string& line, const std::string& answer) {
+        const std::size_t mark = output_.size();
+        program_.write(QByteArray::fromStdString(line + "\n"));
+        return waitUntil([&] { return saw(answer, mark); }, 10s);
+    }
+    json tunnel() {
+        std::ifstream file(home_.data() / "local.key");
+        std::string key;
+        std::getline(file, key);
+        httplib::Client client("127.0.0.1", 8787);
+        client.set_read_timeout(10);
+        auto answer = client.Get("/local/tunnel", {{"X-Tulm-Local", key}});
+        return answer && answer->status == 200 ? json::parse(answer->body, nullptr, false) : json::object();
+    }
+    // Whether any file under the temporary home holds the text.
+    bool anyFileHas(const std::string& text) const {
+        std::error_code ec;
+        for (auto it = std::filesystem::recursive_directory_iterator(home_.root, ec);
+             it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
+            if (!it->is_regular_file(ec)) continue;
+            std::ifstream in(it->path(), std::ios::binary);
+            std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+            if (bytes.find(text) != std::string::npos) return true;
+        }
+        return false;
+    }
+
+    TempHome home_;
+    QProcess program_;
+    std::string output_;
+    std::string errors_;
+};
+
+TEST_F(ConnectionsProgram, QuickTunnelHostnameTokenAndLidThroughTheTextView) {
+    program_.start(ORVAN_COMPANION_PATH, {"--headless"});
+    ASSERT_TRUE(program_.waitForStarted(5000));
+    ASSERT_TRUE(waitUntil([&] { return saw("== Connections ==") && saw("Not set up.") && saw("On a tailnet at 100.101.102.103"); }, 40s))
+        << output_;
+
+    ASSERT_TRUE(type("toggle \"Quick tunnel\"", "> ")) << output_;
+    EXPECT_TRUE(waitUntil([&] { return saw("Up at amber-river-7f3a.tunnel.example.net"); }, 20s)) << output_;
+
+    // A hostname that isn't one: its sentence, and Save stays off, so nothing is sent.
+    ASSERT_TRUE(type("type Hostname localhost", "> Typed into Hostname.")) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("Type this Mac's hostname, such as orvan.example.com."); }, 10s)) << output_;
+    // The view draws a frame before it answers a command.
+    const std::size_t typed = output_.size();
+    ASSERT_TRUE(type(std::string("type \"Cloudflare tunnel token\" ") + kToken, "> Typed into Cloudflare tunnel token"))
+        << output_;
+    EXPECT_TRUE(saw("[Save] (disabled)", typed)) << output_.substr(typed);
+    type("press Save", "> ");
+    runFor(1s);
+    EXPECT_EQ(tunnel().value("hostname", "?"), "");
+    EXPECT_EQ(tunnel().value("token", true), false);
+
+    // A good one: the token goes to the bridge with it, and is gone from the form.
+    ASSERT_TRUE(type("type Hostname mac.example.com", "> Typed into Hostname.")) << output_;
+    ASSERT_TRUE(type("press Save", "> Pressed Save.")) << output_;
+    EXPECT_TRUE(waitUntil([&] { return tunnel().value("token", false); }, 10s));
+    EXPECT_EQ(tunnel().value("hostname", ""), "mac.example.com");
+    EXPECT_TRUE(waitUntil([&] { return saw("Up. Your devices can reach this Mac at mac.example.com."); }, 20s)) << output_;
+
+    // The lid: no bus, no lock, and the row says so.
+    ASSERT_TRUE(type("toggle \"Stay on when closed\"", "> ")) << output_;
+    EXPECT_TRUE(waitUntil([&] { return saw("macOS did not allow the lid to stay awake."); }, 10s)) << output_;
+
+    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    EXPECT_TRUE(waitUntil([&] { return program_.state() == QProcess::NotRunning; }, 10s));
+    EXPECT_EQ(output_.find(kToken), std::string::npos);
+    EXPECT_EQ(errors_.find(kToken), std::string::npos);
+    EXPECT_FALSE(anyFileHas(kToken));
+}
+
+} // namespace
+} // namespace orvan
