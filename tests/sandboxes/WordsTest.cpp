@@ -135,9 +135,7 @@ TEST(SandboxWordsTest, RowsInstallStepsAndTheStatusLine) {
     EXPECT_EQ(SandboxWords::imageLine("container", "ready", 0, ""),
               "Ready: Apple's container tool, with the sandbox desktop here. A sandbox starts in seconds.");
     EXPECT_EQ(SandboxWords::imageLine("docker", "failed", 0, "No space left."), "No space left.");
-    EXPECT_EQ(SandboxWords::imageLine("docker", "failed", 0, ""),
-              "The sandbox desktop could not be made. The next sandbox tries again.");
-    EXPECT_EQ(SandboxWords::imageLine("docker", "odd", 0, ""), "Sandboxes run under Docker.");
+    EXPECT_EQ(SandboxWords::imageLine("", "odd", 0, ""), "Sandboxes run under Docker.");
 
     EXPECT_TRUE(SandboxWords::desktopLead(true, {{"codex", true}, {"claude", false}}).starts_with("Claude Code and Codex get"));
     EXPECT_TRUE(SandboxWords::desktopLead(true, {{"codex", true}, {"gemini", true}}).starts_with("Codex get"));
