@@ -132,7 +132,7 @@ private:
     void passDiagnostics(std::optional<bool> diagnostics, std::optional<bool> answered);
     // The lid hold and the release check are their own subsystems' work.
     void refreshLid();
-    // Once, at the first start: the stored wish, and undoing a hold a crashed process may have left.
+    // Once, at the first start: the stored wish; with it off, a release, so the lock and the wish agree.
     void loadLid();
     Task<void> checkForUpdate(bool manual);
 
