@@ -97,6 +97,7 @@ TEST_F(XdgAutostartTest, TheExecLineHoldsTheProgramsPathOrRegisteringIsRefused) 
         // The entry stays one key per line whatever the path holds.
         for (auto [key, value] : {std::pair{"Type", "Application"},
                                   {"Name", "Orvan Companion"},
+                                  {"Icon", "com.quillmere.orvan.companion"},
                                   {"Terminal", "false"},
                                   {"X-GNOME-Autostart-enabled", "true"}})
             EXPECT_EQ(line(key), value);

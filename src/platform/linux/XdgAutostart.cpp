@@ -91,8 +91,12 @@ std::optional<std::string> XdgAutostart::entry(const fs::path& executable) {
     if (unwritable) return std::nullopt;
     return "[Desktop Entry]\n"
            "Type=Application\n"
-           "Version=1.5\n"
+           "Version=1.4\n"
            "Name=Orvan Companion\n"
+           "Comment=Keep the bridge to your phone running and see its state\n"
+           "Icon=" +
+           std::string(Carryover::bundle) +
+           "\n"
            "Exec=" +
            execArgument(path) + " " + launchedAtLoginFlag +
            "\n"
