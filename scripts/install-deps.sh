@@ -16,6 +16,8 @@ packages=(
   libbenchmark-dev
   xvfb xauth curl procps iproute2
   dbus-daemon
+  librsvg2-bin desktop-file-utils appstream pngcheck
+  dpkg-dev lintian file fakeroot
 )
 
 missing=()

@@ -16,6 +16,11 @@
 
 namespace orvan::app {
 
+namespace {
+// The bundle's share folder, beside bin/ wherever the folder was put.
+QString bundleShare() { return QCoreApplication::applicationDirPath() + QStringLiteral("/../share"); }
+} // namespace
+
 DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(companion), themes_(themes) {
     ui::qt::WindowSpec shape;
     shape.id = Scenes::desk.id;
@@ -143,12 +148,16 @@ void DeskWindow::lookChanged() {
 
 void DeskWindow::updateTrayIcon() {
     if (!tray_) return;
-    TrayIcon icon = MenuDesk::icon(companion_.bridge());
-    if (icon.symbol == traySymbol_ && icon.tone == trayTone_) return;
-    traySymbol_ = icon.symbol;
+    const Bridge& bridge = companion_.bridge();
+    TrayIcon icon = MenuDesk::icon(bridge);
+    // A bridge that doesn't answer gets a shape of its own, so the tray doesn't look merely "off".
+    const char* state = !bridge.ready ? "unreachable" : bridge.watched() ? "watched" : bridge.on ? "on" : "off";
+    if (!bridge.ready) icon.tone = ui::Tone::Warning;
+    if (state == traySymbol_ && icon.tone == trayTone_) return;
+    traySymbol_ = state;
     trayTone_ = icon.tone;
     QColor color = ui::qt::InkStyle::tones(themes_).color(icon.tone);
-    tray_->setIcon(ui::qt::SymbolIcons::icon(icon.symbol, color));
+    tray_->setIcon(ui::qt::SymbolIcons::trayIcon(state, icon.symbol, color, bundleShare()));
 }
 
 CommandAnswer DeskWindow::command(const std::string& line) {

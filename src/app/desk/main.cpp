@@ -7,6 +7,7 @@
 #include "app/desk/DeskWindow.h"
 #include "appearance/ThemeStore.h"
 #include "ui/qt/InkStyle.h"
+#include "ui/qt/SymbolIcons.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -113,6 +114,7 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationDisplayName(QStringLiteral("Orvan Companion"));
     QGuiApplication::setDesktopFileName(QString::fromLatin1(AppInfo::bundleId));
+    QApplication::setWindowIcon(ui::qt::SymbolIcons::appIcon(QCoreApplication::applicationDirPath() + "/../share"));
     auto snapshot = app::valueOf(argc, argv, "--snapshot");
     return app::run(app, argc, argv, [&](app::Companion& companion) -> std::unique_ptr<app::FrontEnd> {
         // The look is applied before the first window is drawn, and follows the desktop from then on.

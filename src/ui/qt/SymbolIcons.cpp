@@ -2,6 +2,7 @@
 
 #include "ui/SymbolTable.h"
 
+#include <QFileInfo>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -149,6 +150,48 @@ QIcon icon(std::string_view name, const QColor& color) {
     QIcon result;
     for (int size : {16, 22, 24, 32, 48, 64}) result.addPixmap(pixmap(name, color, size));
     return result;
+}
+
+namespace {
+constexpr int traySizes[] = {16, 22, 24, 32, 48, 64};
+
+// The PNG copies in the bundle, one per size that exists.
+QIcon bundled(const QString& share, const QString& name, std::initializer_list<int> sizes) {
+    QIcon found;
+    for (int size : sizes) {
+        const QString file = QStringLiteral("%1/icons/hicolor/%2x%2/apps/%3.png").arg(share).arg(size).arg(name);
+        if (QFileInfo::exists(file)) found.addFile(file, QSize(size, size));
+    }
+    return found;
+}
+
+QString iconName(std::string_view suffix) {
+    return QStringLiteral(ORVAN_BUNDLE_ID) + QString::fromUtf8(suffix.data(), static_cast<int>(suffix.size()));
+}
+} // namespace
+
+QIcon appIcon(const QString& share) {
+    const QString name = iconName("");
+    return QIcon::fromTheme(name, bundled(share, name, {16, 22, 24, 32, 48, 64, 128, 256}));
+}
+
+QIcon trayIcon(std::string_view state, std::string_view drawn, const QColor& color, const QString& share) {
+    const QString name = iconName("-" + std::string(state) + "-symbolic");
+    const QIcon source = QIcon::fromTheme(name, bundled(share, name, {16, 22, 24, 32, 48, 64}));
+    if (source.isNull()) return icon(drawn, color);
+    QIcon result;
+    for (int size : traySizes) {
+        // Only the shape of a symbolic icon counts; its colour is the tone's, so the tray tells the
+        // state the way the window's own symbols do.
+        QImage image = source.pixmap(QSize(size, size)).toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+        if (image.isNull()) continue;
+        QPainter painter(&image);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(image.rect(), color);
+        painter.end();
+        result.addPixmap(QPixmap::fromImage(image));
+    }
+    return result.isNull() ? icon(drawn, color) : result;
 }
 
 } // namespace orvan::ui::qt::SymbolIcons
