@@ -14,14 +14,15 @@ foreach(link IN LISTS links)
   string(REPLACE "=" ";" pair "${link}")
   list(GET pair 0 where)
   list(GET pair 1 target)
+  get_filename_component(folder ${where} DIRECTORY)
   install(CODE "
-    file(MAKE_DIRECTORY \"\$ENV{DESTDIR}${where}/..\")
+    file(MAKE_DIRECTORY \"\$ENV{DESTDIR}${folder}\")
     file(CREATE_LINK \"${target}\" \"\$ENV{DESTDIR}${where}\" SYMBOLIC)")
 endforeach()
 
 # man looks in /usr/share/man only, and wants the page compressed there.
 set(man_gz ${CMAKE_BINARY_DIR}/debian/orvan-companion.1.gz)
-set(changelog_gz ${CMAKE_BINARY_DIR}/debian/changelog.gz)
+set(changelog_gz ${CMAKE_BINARY_DIR}/debian/changelog.Debian.gz)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/changelog.in ${CMAKE_BINARY_DIR}/debian/changelog @ONLY)
 install(CODE "
   execute_process(COMMAND gzip -9nc \"${CMAKE_BINARY_DIR}/bundle/share/man/man1/orvan-companion.1\"
