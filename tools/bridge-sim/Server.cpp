@@ -82,8 +82,22 @@ Server::Server(Setup setup) : setup_(std::move(setup)) {
     http_.set_keep_alive_max_count(std::numeric_limits<size_t>::max());
     http_.set_keep_alive_timeout(30);
     auto handler = [this](const httplib::Request& request, httplib::Response& response) {
+        {
+            std::lock_guard lock(mutex_);
+            ++answering_;
+        }
         dispatch(request, response);
     };
+    // The library logs an exchange once its answer is written: until then stopping must leave the
+    // connection readable, or the library takes it for dead and never writes the answer (the one
+    // to an exit request above all).
+    http_.set_logger([this](const httplib::Request&, const httplib::Response&) {
+        {
+            std::lock_guard lock(mutex_);
+            if (answering_ > 0) --answering_;
+        }
+        wake_.notify_all();
+    });
     // Every method and path comes here, so that unknown ones still get a JSON message.
     http_.Get(".*", handler);
     http_.Post(".*", handler);
@@ -110,7 +124,11 @@ void Server::stop() {
     http_.stop();
     // A kept-alive connection holds its thread, and so the end of the process, until the client
     // sends again or the keep-alive time runs out. Ending its reading side lets the thread see the
-    // end at once, while an answer being written still goes out whole.
+    // end at once, once the answers under way are written.
+    {
+        std::unique_lock lock(mutex_);
+        wake_.wait_for(lock, std::chrono::seconds(2), [this] { return answering_ == 0; });
+    }
     if (port_ > 0) shutConnections(port_, -1, SHUT_RD);
 }
 

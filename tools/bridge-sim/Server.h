@@ -39,6 +39,7 @@ private:
     std::mutex mutex_;
     std::condition_variable wake_;
     bool stopping_ = false;
+    int answering_ = 0; // exchanges whose answer is not written yet
     int port_ = -1;
     Setup setup_;
 };
