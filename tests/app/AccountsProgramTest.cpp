@@ -1,7 +1,7 @@
 // The real program, headless, against the simulator it launches as its own bridge on 8787: the
 // Accounts section lists the accounts with their meters, and is worked through the text view's
 // commands as the owner would.
-#include "RealBridge.h"
+#include "DrivenProgram.h"
 
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -18,67 +18,19 @@ using namespace std::chrono_literals;
 using namespace test;
 using nlohmann::json;
 
-class AccountsProgram : public testing::Test {
+class AccountsProgram : public DrivenProgram {
 protected:
-    void SetUp() override {
-        qtApp();
-        if (healthzAnswers(8787)) GTEST_SKIP() << "something else already serves port 8787";
-        const std::string runtime = (home_.root / "run").string();
-        ::mkdir(runtime.c_str(), 0700);
-        auto env = QProcessEnvironment::systemEnvironment();
-        env.insert("HOME", QString::fromStdString(home_.root.string()));
-        env.insert("XDG_DATA_HOME", QString::fromStdString((home_.root / "share").string()));
-        env.insert("XDG_CONFIG_HOME", QString::fromStdString((home_.root / "config").string()));
-        env.insert("XDG_RUNTIME_DIR", QString::fromStdString(runtime));
-        env.insert("ORVAN_DIR", QString::fromStdString(home_.data().string()));
-        env.insert("COLUMNS", "120");
-        env.insert("LANG", "en_US.UTF-8");
-        env.remove("ORVAN_COMPANION_BIN");
-        program_.setProcessEnvironment(env);
-        QObject::connect(&program_, &QProcess::readyReadStandardOutput,
-                         [this] { output_ += program_.readAllStandardOutput().toStdString(); });
-    }
-    void TearDown() override {
-        if (program_.state() != QProcess::NotRunning) {
-            program_.terminate();
-            program_.waitForFinished(10000);
-        }
-    }
-    bool saw(const std::string& words, std::size_t from = 0) const { return output_.find(words, from) != std::string::npos; }
-    bool type(const std::string& line, const std::string& answer) {
-        const std::size_t mark = output_.size();
-        program_.write(QByteArray::fromStdString(line + "\n"));
-        return waitUntil([&] { return saw(answer, mark); }, 10s);
-    }
-    // Asks the simulator directly, with the key the bridge wrote.
-    httplib::Result ask(const std::string& path, const std::optional<json>& body = std::nullopt) {
-        std::ifstream file(home_.data() / "local.key");
-        std::string key;
-        std::getline(file, key);
-        httplib::Client client("127.0.0.1", 8787);
-        client.set_read_timeout(10);
-        if (body) return client.Post(path, {{"X-Tulm-Local", key}}, body->dump(), "application/json");
-        return client.Get(path, {{"X-Tulm-Local", key}});
-    }
-    json accounts() {
-        auto answer = ask("/companion/accounts");
-        return answer && answer->status == 200 ? json::parse(answer->body, nullptr, false) : json::object();
-    }
+    json accounts() { return read("/companion/accounts"); }
     std::vector<std::string> ids() {
         std::vector<std::string> out;
         for (const auto& row : accounts().value("accounts", json::array()))
             if (row.contains("id") && row["id"].is_string()) out.push_back(row["id"]);
         return out;
     }
-
-    TempHome home_;
-    QProcess program_;
-    std::string output_;
 };
 
 TEST_F(AccountsProgram, ListsRenamesRemovesAndChecksAgainThroughTheTextView) {
-    program_.start(ORVAN_COMPANION_PATH, {"--headless"});
-    ASSERT_TRUE(program_.waitForStarted(5000));
+    ASSERT_TRUE(start());
     // The rows with their words, and the meters once the slow read is in.
     ASSERT_TRUE(waitUntil([&] { return saw("[Work]") && saw("5-hour: ") && saw("[Check again]"); }, 40s)) << output_;
     EXPECT_TRUE(saw("Claude · Sign-in · Fallback 1"));

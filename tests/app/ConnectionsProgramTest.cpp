@@ -1,7 +1,7 @@
 // The real program, headless, against the simulator it launches as its own bridge on 8787: the
 // Connections section's quick tunnel, a refused hostname, a token that goes to the bridge and
 // nowhere else, and the lid switch on a machine with no system bus.
-#include "RealBridge.h"
+#include "DrivenProgram.h"
 
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -20,51 +20,14 @@ using nlohmann::json;
 
 constexpr const char* kToken = "sekritTunnelToken-4q9Z";
 
-class ConnectionsProgram : public testing::Test {
+class ConnectionsProgram : public DrivenProgram {
 protected:
-    void SetUp() override {
-        qtApp();
-        if (healthzAnswers(8787)) GTEST_SKIP() << "something else already serves port 8787";
-        const std::string runtime = (home_.root / "run").string();
-        ::mkdir(runtime.c_str(), 0700);
-        auto env = QProcessEnvironment::systemEnvironment();
-        env.insert("HOME", QString::fromStdString(home_.root.string()));
-        env.insert("XDG_DATA_HOME", QString::fromStdString((home_.root / "share").string()));
-        env.insert("XDG_CONFIG_HOME", QString::fromStdString((home_.root / "config").string()));
-        env.insert("XDG_RUNTIME_DIR", QString::fromStdString(runtime));
-        env.insert("ORVAN_DIR", QString::fromStdString(home_.data().string()));
+    void adjust(QProcessEnvironment& env) override {
         // No login manager answers here: the lid lock can't be had.
         env.insert("DBUS_SYSTEM_BUS_ADDRESS", QString::fromStdString("unix:path=" + (home_.root / "no-bus").string()));
         env.insert("COLUMNS", "160");
-        env.insert("LANG", "en_US.UTF-8");
-        env.remove("ORVAN_COMPANION_BIN");
-        program_.setProcessEnvironment(env);
-        QObject::connect(&program_, &QProcess::readyReadStandardOutput,
-                         [this] { output_ += program_.readAllStandardOutput().toStdString(); });
-        QObject::connect(&program_, &QProcess::readyReadStandardError,
-                         [this] { errors_ += program_.readAllStandardError().toStdString(); });
     }
-    void TearDown() override {
-        if (program_.state() != QProcess::NotRunning) {
-            program_.terminate();
-            program_.waitForFinished(10000);
-        }
-    }
-    bool saw(const std::string& words, std::size_t from = 0) const { return output_.find(words, from) != std::string::npos; }
-    bool type(const std::string& line, const std::string& answer) {
-        const std::size_t mark = output_.size();
-        program_.write(QByteArray::fromStdString(line + "\n"));
-        return waitUntil([&] { return saw(answer, mark); }, 10s);
-    }
-    json tunnel() {
-        std::ifstream file(home_.data() / "local.key");
-        std::string key;
-        std::getline(file, key);
-        httplib::Client client("127.0.0.1", 8787);
-        client.set_read_timeout(10);
-        auto answer = client.Get("/local/tunnel", {{"X-Tulm-Local", key}});
-        return answer && answer->status == 200 ? json::parse(answer->body, nullptr, false) : json::object();
-    }
+    json tunnel() { return read("/local/tunnel"); }
     // Whether any file under the temporary home holds the text.
     bool anyFileHas(const std::string& text) const {
         std::error_code ec;
@@ -77,16 +40,10 @@ protected:
         }
         return false;
     }
-
-    TempHome home_;
-    QProcess program_;
-    std::string output_;
-    std::string errors_;
 };
 
 TEST_F(ConnectionsProgram, QuickTunnelHostnameTokenAndLidThroughTheTextView) {
-    program_.start(ORVAN_COMPANION_PATH, {"--headless"});
-    ASSERT_TRUE(program_.waitForStarted(5000));
+    ASSERT_TRUE(start());
     ASSERT_TRUE(waitUntil([&] { return saw("== Connections ==") && saw("Not set up.") && saw("On a tailnet at 100.101.102.103"); }, 40s))
         << output_;
 

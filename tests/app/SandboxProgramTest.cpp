@@ -2,7 +2,7 @@
 // Sandboxes section fetches the sandbox desktop with a bar that moves, keeps pace with it (each
 // second while it is under way, every five after), stops a running sandbox and discards a saved
 // one after the owner confirms, all through the text view's commands.
-#include "RealBridge.h"
+#include "DrivenProgram.h"
 
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -20,49 +20,10 @@ using namespace std::chrono_literals;
 using namespace test;
 using nlohmann::json;
 
-class SandboxProgram : public testing::Test {
+class SandboxProgram : public DrivenProgram {
 protected:
-    void SetUp() override {
-        qtApp();
-        if (healthzAnswers(8787)) GTEST_SKIP() << "something else already serves port 8787";
-        const std::string runtime = (home_.root / "run").string();
-        ::mkdir(runtime.c_str(), 0700);
-        auto env = QProcessEnvironment::systemEnvironment();
-        env.insert("HOME", QString::fromStdString(home_.root.string()));
-        env.insert("XDG_DATA_HOME", QString::fromStdString((home_.root / "share").string()));
-        env.insert("XDG_CONFIG_HOME", QString::fromStdString((home_.root / "config").string()));
-        env.insert("XDG_RUNTIME_DIR", QString::fromStdString(runtime));
-        env.insert("ORVAN_DIR", QString::fromStdString(home_.data().string()));
-        env.insert("COLUMNS", "120");
-        env.insert("LANG", "en_US.UTF-8");
-        env.remove("ORVAN_COMPANION_BIN");
-        env.remove("ORVAN_SIM_SANDBOX");
-        program_.setProcessEnvironment(env);
-        QObject::connect(&program_, &QProcess::readyReadStandardOutput,
-                         [this] { output_ += program_.readAllStandardOutput().toStdString(); });
-    }
-    void TearDown() override {
-        if (program_.state() != QProcess::NotRunning) {
-            program_.terminate();
-            program_.waitForFinished(10000);
-        }
-    }
-    bool saw(const std::string& words, std::size_t from = 0) const { return output_.find(words, from) != std::string::npos; }
-    bool type(const std::string& line, const std::string& answer) {
-        const std::size_t mark = output_.size();
-        program_.write(QByteArray::fromStdString(line + "\n"));
-        return waitUntil([&] { return saw(answer, mark); }, 10s);
-    }
     // The bridge's state as a test sees it, without counting as one of the companion's reads.
-    json sandbox() {
-        std::ifstream file(home_.data() / "local.key");
-        std::string key;
-        std::getline(file, key);
-        httplib::Client client("127.0.0.1", 8787);
-        client.set_read_timeout(10);
-        auto answer = client.Get("/companion/sandbox?uncounted=1", {{"X-Tulm-Local", key}});
-        return answer && answer->status == 200 ? json::parse(answer->body, nullptr, false) : json::object();
-    }
+    json sandbox() { return read("/companion/sandbox?uncounted=1"); }
     bool listed(const std::string& prefix) {
         for (const auto& row : sandbox().value("sandboxes", json::array()))
             if (row.value("session", "").rfind(prefix, 0) == 0) return true;
@@ -86,15 +47,10 @@ protected:
         }
         return out;
     }
-
-    TempHome home_;
-    QProcess program_;
-    std::string output_;
 };
 
 TEST_F(SandboxProgram, FetchesTheImageAtTheRightPaceThenStopsAndDiscards) {
-    program_.start(ORVAN_COMPANION_PATH, {"--headless"});
-    ASSERT_TRUE(program_.waitForStarted(5000));
+    ASSERT_TRUE(start());
     ASSERT_TRUE(waitUntil([&] { return saw("[Get the sandbox desktop]") && saw("Session 7f3a9c21"); }, 40s)) << output_;
     EXPECT_TRUE(saw("Running · saved · watched by Ana's iPhone"));
     EXPECT_TRUE(saw("The container did not start: no space left on device."));

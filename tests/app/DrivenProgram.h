@@ -1,0 +1,85 @@
+#pragma once
+// The real program, headless, in a temporary home of its own, against the simulator it launches as
+// its own bridge on 8787, driven through the text view's commands as an owner at a terminal would.
+
+#include "RealBridge.h"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <sys/stat.h>
+
+namespace orvan::test {
+
+class DrivenProgram : public testing::Test {
+protected:
+    void SetUp() override {
+        qtApp();
+        if (healthzAnswers(8787)) GTEST_SKIP() << "something else already serves port 8787";
+        const std::string runtime = (home_.root / "run").string();
+        ::mkdir(runtime.c_str(), 0700);
+        auto env = QProcessEnvironment::systemEnvironment();
+        env.insert("HOME", QString::fromStdString(home_.root.string()));
+        env.insert("XDG_DATA_HOME", QString::fromStdString((home_.root / "share").string()));
+        env.insert("XDG_CONFIG_HOME", QString::fromStdString((home_.root / "config").string()));
+        env.insert("XDG_RUNTIME_DIR", QString::fromStdString(runtime));
+        env.insert("ORVAN_DIR", QString::fromStdString(home_.data().string()));
+        env.insert("COLUMNS", "120");
+        env.insert("LANG", "en_US.UTF-8");
+        for (const char* name : {"ORVAN_COMPANION_BIN", "TULM_COMPANION_BIN", "ORVAN_SIM_SANDBOX"}) env.remove(name);
+        adjust(env);
+        program_.setProcessEnvironment(env);
+        QObject::connect(&program_, &QProcess::readyReadStandardOutput,
+                         [this] { output_ += program_.readAllStandardOutput().toStdString(); });
+        QObject::connect(&program_, &QProcess::readyReadStandardError,
+                         [this] { errors_ += program_.readAllStandardError().toStdString(); });
+    }
+    void TearDown() override {
+        if (program_.state() != QProcess::NotRunning) {
+            program_.terminate();
+            program_.waitForFinished(10000);
+        }
+    }
+    // What one test program adds to the environment.
+    virtual void adjust(QProcessEnvironment&) {}
+
+    bool start() {
+        program_.start(ORVAN_COMPANION_PATH, {"--headless"});
+        return program_.waitForStarted(5000);
+    }
+    bool saw(const std::string& words, std::size_t from = 0) const { return output_.find(words, from) != std::string::npos; }
+    // Types one command line and waits for an answer that holds `answer`.
+    bool type(const std::string& line, const std::string& answer) {
+        const std::size_t mark = output_.size();
+        program_.write(QByteArray::fromStdString(line + "\n"));
+        return waitUntil([&] { return saw(answer, mark); }, std::chrono::seconds(10));
+    }
+    // Asks the simulator directly, with the key the bridge wrote.
+    httplib::Result ask(const std::string& path, const std::optional<nlohmann::json>& body = std::nullopt) {
+        std::ifstream file(home_.data() / "local.key");
+        std::string key;
+        std::getline(file, key);
+        httplib::Client client("127.0.0.1", 8787);
+        client.set_read_timeout(10);
+        if (body) return client.Post(path, {{"X-Tulm-Local", key}}, body->dump(), "application/json");
+        return client.Get(path, {{"X-Tulm-Local", key}});
+    }
+    // A read of the simulator's state; an empty object when it did not answer 200 with JSON.
+    nlohmann::json read(const std::string& path) {
+        auto answer = ask(path);
+        return answer && answer->status == 200 ? nlohmann::json::parse(answer->body, nullptr, false)
+                                               : nlohmann::json::object();
+    }
+
+    TempHome home_;
+    QProcess program_;
+    std::string output_;
+    std::string errors_;
+};
+
+} // namespace orvan::test
