@@ -76,6 +76,25 @@ void Companion::didFinishLaunching() {
                           [this](std::string& error) { return login_.registerItem(error); });
 }
 
+ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed, QTimer* wordsTimer) {
+    DeskContext context;
+    context.versionLabel = versionLabel();
+    context.changed = std::move(changed);
+    context.themes = &themes;
+    context.accounts = accounts_.get();
+    context.sandboxes = sandboxes_.get();
+    context.tunnel = tunnel_.get();
+    std::optional<TimePoint> wordsChange;
+    if (wordsTimer) context.wordsChange = &wordsChange;
+    const TimePoint now = clock_.now();
+    ui::Node tree = DeskView::build(*bridge_, desk_, now, context);
+    if (wordsTimer && wordsChange)
+        wordsTimer->start(std::max(std::chrono::ceil<std::chrono::milliseconds>(*wordsChange - now), std::chrono::milliseconds(0)));
+    else if (wordsTimer)
+        wordsTimer->stop();
+    return tree;
+}
+
 std::string Companion::versionLabel() const {
     return CompanionVersion::label(AppInfo::shortVersion, AppInfo::buildNumber);
 }

@@ -14,6 +14,8 @@
 #include "platform/linux/XdgAutostart.h"
 #include "sandboxes/Sandboxes.h"
 
+#include <QTimer>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -49,6 +51,11 @@ public:
     Clock& clock() { return clock_; }
     const Environment& environment() const { return environment_; }
     std::string versionLabel() const;
+
+    // The main window's tree, the same for every front end. `changed` draws again after the view's
+    // own state changed; `wordsTimer`, when given, is armed for the moment a phrase that moves with
+    // the time alone next reads differently, and stopped when none will.
+    ui::Node buildDesk(ThemeStore& themes, std::function<void()> changed, QTimer* wordsTimer = nullptr);
 
 private:
     Environment environment_;

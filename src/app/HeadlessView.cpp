@@ -77,21 +77,8 @@ void HeadlessView::requestRender() {
 }
 
 void HeadlessView::renderNow() {
-    DeskContext context;
-    context.versionLabel = companion_.versionLabel();
-    context.changed = [this] { requestRender(); };
-    context.themes = &ThemeStore::shared();
-    context.accounts = &companion_.accounts();
-    context.sandboxes = &companion_.sandboxes();
-    context.tunnel = &companion_.tunnel();
-    std::optional<TimePoint> wordsChange;
-    context.wordsChange = &wordsChange;
-    const TimePoint now = companion_.clock().now();
-    auto tree = std::make_unique<ui::Node>(DeskView::build(companion_.bridge(), companion_.deskState(), now, context));
-    if (wordsChange)
-        wordsTimer_.start(std::max(std::chrono::ceil<std::chrono::milliseconds>(*wordsChange - now), std::chrono::milliseconds(0)));
-    else
-        wordsTimer_.stop();
+    auto tree = std::make_unique<ui::Node>(
+        companion_.buildDesk(ThemeStore::shared(), [this] { requestRender(); }, &wordsTimer_));
     fitForText(*tree);
     ui::TextFrame frame = ui::TextRenderer(terminalText(options_.width, options_.invert)).frame(*tree);
     // The controls point into the tree they came from, so the two are replaced together.

@@ -29,18 +29,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     shape.defaultSize = QSize(Scenes::desk.defaultWidth, Scenes::desk.defaultHeight);
     shape.defaults = UserDefaults::domain(AppInfo::bundleId, companion.environment());
     desk_ = std::make_unique<ui::qt::WindowHost>(std::move(shape), [this] {
-        DeskContext context;
-        context.versionLabel = companion_.versionLabel();
-        context.changed = [this] { desk_->requestRender(); };
-        context.themes = &themes_;
-        context.accounts = &companion_.accounts();
-        context.sandboxes = &companion_.sandboxes();
-        context.tunnel = &companion_.tunnel();
-        context.wordsChange = &wordsChange_;
-        TimePoint now = companion_.clock().now();
-        ui::Node tree = DeskView::build(companion_.bridge(), companion_.deskState(), now, context);
-        drawAgainAt(now);
-        return tree;
+        return companion_.buildDesk(themes_, [this] { desk_->requestRender(); }, &wordsTimer_);
     });
     desk_->setTonePalette(ui::qt::InkStyle::tones(themes_));
 
@@ -85,16 +74,6 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     wordsTimer_.setSingleShot(true);
     wordsTimer_.setTimerType(Qt::CoarseTimer);
     QObject::connect(&wordsTimer_, &QTimer::timeout, &context_, [this] { desk_->requestRender(); });
-}
-
-void DeskWindow::drawAgainAt(TimePoint now) {
-    // Only words that move with the time need a timer; an unchanged window is never redrawn.
-    if (!wordsChange_) {
-        wordsTimer_.stop();
-        return;
-    }
-    auto wait = std::chrono::ceil<std::chrono::milliseconds>(*wordsChange_ - now);
-    wordsTimer_.start(std::max(wait, std::chrono::milliseconds(0)));
 }
 
 DeskWindow::~DeskWindow() = default;
@@ -163,16 +142,7 @@ void DeskWindow::updateTrayIcon() {
 CommandAnswer DeskWindow::command(const std::string& line) {
     return commandOnView(
         line,
-        [this] {
-            DeskContext context;
-            context.versionLabel = companion_.versionLabel();
-            context.changed = [this] { desk_->requestRender(); };
-            context.themes = &themes_;
-            context.accounts = &companion_.accounts();
-            context.sandboxes = &companion_.sandboxes();
-            context.tunnel = &companion_.tunnel();
-            return DeskView::build(companion_.bridge(), companion_.deskState(), companion_.clock().now(), context);
-        },
+        [this] { return companion_.buildDesk(themes_, [this] { desk_->requestRender(); }); },
         [this] { desk_->requestRender(); });
 }
 

@@ -42,7 +42,6 @@ private:
         bool eventFilter(QObject* watched, QEvent* event) override;
     };
     void closedWithoutTray();
-    void drawAgainAt(TimePoint now);
     void modelChanged();
     void updateTrayIcon();
     void lookChanged();
@@ -57,7 +56,6 @@ private:
     ui::Tone trayTone_ = ui::Tone::Normal;
     QObject context_;
     CloseWatch closeWatch_;
-    std::optional<TimePoint> wordsChange_;
     QTimer wordsTimer_;
     Observable::Subscription subscription_;
     Observable::Subscription accounts_;
