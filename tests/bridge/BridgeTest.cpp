@@ -505,25 +505,16 @@ TEST_F(BridgeTest, ScreenIsAssignedOnlyWhenItChanges) {
     EXPECT_FALSE(bridge().watched());
 }
 
-struct PathCase {
-    std::optional<std::string> in;
-    std::string out;
-};
-
-class CommandPath : public testing::TestWithParam<PathCase> {};
-
-TEST_P(CommandPath, PutsTheUsualToolFoldersInFront) {
-    EXPECT_EQ(Bridge::commandPath(GetParam().in), GetParam().out);
+TEST(CommandPath, PutsTheUsualToolFoldersInFront) {
+    const std::pair<std::optional<std::string>, std::string> cases[] = {
+        {"/usr/bin:/bin", "/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"},
+        {"/usr/local/bin:/usr/bin", "/opt/homebrew/bin:/usr/local/bin:/usr/bin"},
+        {std::nullopt, "/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"},
+        {"/a::/b:", "/opt/homebrew/bin:/usr/local/bin:/a:/b"},
+        {"/x:/opt/homebrew/bin:/x", "/usr/local/bin:/x:/opt/homebrew/bin:/x"},
+        {"", "/opt/homebrew/bin:/usr/local/bin"}};
+    for (const auto& [in, out] : cases) EXPECT_EQ(Bridge::commandPath(in), out) << in.value_or("(unset)");
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, CommandPath,
-    testing::Values(PathCase{"/usr/bin:/bin", "/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"},
-                    PathCase{"/usr/local/bin:/usr/bin", "/opt/homebrew/bin:/usr/local/bin:/usr/bin"},
-                    PathCase{std::nullopt, "/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"},
-                    PathCase{"/a::/b:", "/opt/homebrew/bin:/usr/local/bin:/a:/b"},
-                    PathCase{"/x:/opt/homebrew/bin:/x", "/usr/local/bin:/x:/opt/homebrew/bin:/x"},
-                    PathCase{"", "/opt/homebrew/bin:/usr/local/bin"}));
 
 } // namespace
 } // namespace orvan

@@ -26,13 +26,14 @@ protected:
     std::string deskWithHelp() {
         return ui::TextRenderer({.help = true}).render(DeskView::build(bridge_, state_, clock_.now(), context_));
     }
-    std::string menu() {
+    MenuContext menuContext() {
         MenuContext c;
         c.versionLabel = "Version 0.1.0 (7)";
         c.copy = [this](const std::string& s) { copied_ = s; };
         c.quit = [this] { ++quits_; };
-        return ui::TextRenderer().render(MenuDesk::build(bridge_, c));
+        return c;
     }
+    std::string menu() { return ui::TextRenderer().render(MenuDesk::build(bridge_, menuContext())); }
     static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != std::string::npos; }
 
     test::FakeClock clock_;
@@ -160,30 +161,20 @@ TEST_F(DeskViewTest, SwitchesCarryTheirHelp) {
     }
 }
 
-struct IconCase {
-    bool watched;
-    bool on;
-    const char* symbol;
-    ui::Tone tone;
-};
-
-class TrayIcons : public testing::TestWithParam<IconCase> {};
-
-TEST_P(TrayIcons, FollowWatchedAndOn) {
-    test::FakeClock clock;
-    test::FakeBridge api(clock);
-    test::FakeProcesses processes;
-    Bridge bridge(api, clock, processes, BridgeSetup{});
-    bridge.on = GetParam().on;
-    if (GetParam().watched) bridge.screen.watching = std::vector<std::string>{"Ada"};
-    EXPECT_EQ(MenuDesk::icon(bridge), (TrayIcon{GetParam().symbol, GetParam().tone}));
+TEST_F(DeskViewTest, TrayIconFollowsWatchedAndOn) {
+    struct Case {
+        bool watched, on;
+        TrayIcon icon;
+    };
+    for (const auto& c : {Case{false, false, {"circle", ui::Tone::Dim}}, Case{false, true, {"circle.fill", ui::Tone::Accent}},
+                          Case{true, false, {"eye.circle.fill", ui::Tone::Accent}},
+                          Case{true, true, {"eye.circle.fill", ui::Tone::Accent}}}) {
+        bridge_.on = c.on;
+        bridge_.screen.watching.reset();
+        if (c.watched) bridge_.screen.watching = std::vector<std::string>{"Ada"};
+        EXPECT_EQ(MenuDesk::icon(bridge_), c.icon) << "watched " << c.watched << ", on " << c.on;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, TrayIcons,
-                         testing::Values(IconCase{false, false, "circle", ui::Tone::Dim},
-                                         IconCase{false, true, "circle.fill", ui::Tone::Accent},
-                                         IconCase{true, false, "eye.circle.fill", ui::Tone::Accent},
-                                         IconCase{true, true, "eye.circle.fill", ui::Tone::Accent}));
 
 TEST_F(DeskViewTest, MenuSaysTheRemoteStateAndCopiesTheVersionWithoutItsWord) {
     std::string off = menu();
@@ -194,11 +185,7 @@ TEST_F(DeskViewTest, MenuSaysTheRemoteStateAndCopiesTheVersionWithoutItsWord) {
     for (const char* piece : {"Open Orvan Companion", "Version 0.1.0 (7)", "Quit Orvan Companion"})
         EXPECT_TRUE(has(on, piece)) << piece << "\n" << on;
 
-    MenuContext c;
-    c.versionLabel = "Version 0.1.0 (7)";
-    c.copy = [this](const std::string& s) { copied_ = s; };
-    c.quit = [this] { ++quits_; };
-    ui::Node tree = MenuDesk::build(bridge_, c);
+    ui::Node tree = MenuDesk::build(bridge_, menuContext());
     for (auto& item : tree.children) {
         if (item.identity == "version") item.onPress();
         if (item.identity == "quit") item.onPress();
@@ -208,28 +195,15 @@ TEST_F(DeskViewTest, MenuSaysTheRemoteStateAndCopiesTheVersionWithoutItsWord) {
     EXPECT_TRUE(bridge_.stopped) << "the quit row stops the supervisor first";
 }
 
-struct EndCase {
-    std::chrono::seconds left;
-    const char* words;
-};
-
-class GuestEnds : public testing::TestWithParam<EndCase> {};
-
-TEST_P(GuestEnds, MinutesAndHoursRoundUpDaysToTheNearest) {
+TEST(GuestEnds, MinutesAndHoursRoundUpDaysToTheNearest) {
     TimePoint now = test::FakeClock::defaultStart();
-    EXPECT_EQ(GuestWords::ends(now + GetParam().left, now), GetParam().words);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, GuestEnds,
-    testing::Values(EndCase{-5s, "ended"}, EndCase{0s, "ended"}, EndCase{10s, "ends in 1 minute"},
-                    EndCase{61s, "ends in 2 minutes"}, EndCase{3570s, "ends in 1 hour"},
-                    EndCase{3600s, "ends in 1 hour"}, EndCase{3601s, "ends in 2 hours"},
-                    EndCase{86399s, "ends in 1 day"}, EndCase{30h, "ends in 1 day"}, EndCase{36h, "ends in 2 days"},
-                    EndCase{240h, "ends in 10 days"}));
-
-TEST(GuestEndsFarAway, PointsCenturiesApartDoNotOverflow) {
-    auto now = test::FakeClock::defaultStart();
+    const std::pair<Duration, const char*> cases[] = {
+        {-5s, "ended"}, {0s, "ended"}, {10s, "ends in 1 minute"}, {61s, "ends in 2 minutes"},
+        {3570s, "ends in 1 hour"}, {3600s, "ends in 1 hour"}, {3601s, "ends in 2 hours"}, {86399s, "ends in 1 day"},
+        {30h, "ends in 1 day"}, {36h, "ends in 2 days"}, {240h, "ends in 10 days"}};
+    for (const auto& [left, words] : cases)
+        EXPECT_EQ(GuestWords::ends(now + left, now), words) << std::chrono::duration_cast<std::chrono::seconds>(left).count();
+    // Points centuries apart do not overflow.
     auto old = AccountWords::date("1700-01-01T00:00:00Z");
     auto late = AccountWords::date("2250-01-01T00:00:00Z");
     ASSERT_TRUE(old && late);

@@ -5,26 +5,16 @@
 namespace orvan {
 namespace {
 
-struct TrimCase {
-    std::string in;
-    std::string out;
-};
-
-class Trimming : public testing::TestWithParam<TrimCase> {};
-
-TEST_P(Trimming, RemovesUnicodeWhiteSpaceAndNewlinesAtBothEnds) {
-    EXPECT_EQ(Text::trimmed(GetParam().in), GetParam().out);
+TEST(Trimming, RemovesUnicodeWhiteSpaceAndNewlinesAtBothEnds) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"  key\n", "key"}, {"\t\r\nkey\r\n", "key"}, {"   ", ""}, {"", ""}, {"a b", "a b"},
+        {"\xC2\xA0name\xE3\x80\x80", "name"},                       // no-break space, ideographic space
+        {"\xE2\x80\xA8line\xE2\x80\xA9", "line"},                   // line and paragraph separators
+        {"\xC2\x85x\xE2\x80\x8A", "x"},                             // next line, hair space
+        {"\xE2\x80\x8Bx\xE2\x80\x8B", "\xE2\x80\x8Bx\xE2\x80\x8B"}, // zero-width space is not white
+        {" \xFF ", "\xFF"}};                                        // ill-formed bytes stay
+    for (const auto& [in, out] : cases) EXPECT_EQ(Text::trimmed(in), out) << in;
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, Trimming,
-    testing::Values(TrimCase{"  key\n", "key"}, TrimCase{"\t\r\nkey\r\n", "key"}, TrimCase{"   ", ""},
-                    TrimCase{"", ""}, TrimCase{"a b", "a b"},
-                    TrimCase{"\xC2\xA0name\xE3\x80\x80", "name"},          // no-break space, ideographic space
-                    TrimCase{"\xE2\x80\xA8line\xE2\x80\xA9", "line"},      // line and paragraph separators
-                    TrimCase{"\xC2\x85x\xE2\x80\x8A", "x"},                // next line, hair space
-                    TrimCase{"\xE2\x80\x8Bx\xE2\x80\x8B", "\xE2\x80\x8Bx\xE2\x80\x8B"}, // zero-width space is not white
-                    TrimCase{" \xFF ", "\xFF"}));                          // ill-formed bytes stay
 
 TEST(Characters, CountGraphemeClustersNotScalars) {
     const std::string family = "\xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7"; // ZWJ sequence
@@ -46,26 +36,16 @@ TEST(Scalars, CutOnScalarBoundaries) {
     EXPECT_EQ(Text::prefixScalars(text, 99), text);
 }
 
-struct ByteCase {
-    size_t max;
-    std::string out;
-};
-
-class BytePrefixes : public testing::TestWithParam<ByteCase> {};
-
-TEST_P(BytePrefixes, NeverSplitAScalar) {
+TEST(BytePrefixes, NeverSplitAScalar) {
     const std::string text = "a\xC3\xA9\xF0\x9F\x98\x80z"; // 1 + 2 + 4 + 1 bytes
-    std::string cut = Text::prefixBytes(text, GetParam().max);
-    EXPECT_EQ(cut, GetParam().out);
-    EXPECT_TRUE(Text::isValidUtf8(cut));
+    const std::pair<size_t, std::string> cases[] = {{0, ""}, {1, "a"}, {2, "a"}, {3, "a\xC3\xA9"}, {6, "a\xC3\xA9"},
+                                                     {7, "a\xC3\xA9\xF0\x9F\x98\x80"}, {8, text}, {100, text}};
+    for (const auto& [max, out] : cases) {
+        std::string cut = Text::prefixBytes(text, max);
+        EXPECT_EQ(cut, out) << max;
+        EXPECT_TRUE(Text::isValidUtf8(cut)) << max;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, BytePrefixes,
-                         testing::Values(ByteCase{0, ""}, ByteCase{1, "a"}, ByteCase{2, "a"},
-                                         ByteCase{3, "a\xC3\xA9"}, ByteCase{6, "a\xC3\xA9"},
-                                         ByteCase{7, "a\xC3\xA9\xF0\x9F\x98\x80"},
-                                         ByteCase{8, "a\xC3\xA9\xF0\x9F\x98\x80z"},
-                                         ByteCase{100, "a\xC3\xA9\xF0\x9F\x98\x80z"}));
 
 TEST(Utf8, ValidityAndRepair) {
     EXPECT_TRUE(Text::isValidUtf8("plain \xE2\x82\xAC"));
