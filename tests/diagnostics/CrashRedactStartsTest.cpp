@@ -39,41 +39,28 @@ std::vector<icu::UnicodeString> lines(std::size_t count, unsigned seed) {
     return out;
 }
 
-TEST(CrashRedactStarts, EveryScannedRuleMatchesTheEngineTryingEverywhere) {
+// Every rule, scanned or not, against the engine trying every position; a rule with a scanner
+// must also be reached by the corpus often enough for the comparison to prove something.
+TEST(CrashRedactStarts, EveryRuleMatchesTheEngineTryingEverywhere) {
     const auto& rules = CrashRedact::rules();
     const auto corpus = lines(6000, 11);
     int scanned = 0;
     for (std::size_t r = 0; r < rules.size(); ++r) {
-        if (!rules[r].starts) continue;
-        ++scanned;
         SCOPED_TRACE("rule " + std::to_string(r + 1));
         int changed = 0;
         for (const auto& line : corpus) {
             auto everywhere = CrashRedact::replaceEverywhere(rules[r], line);
-            ASSERT_TRUE(everywhere.has_value()) << utf8(line);
             auto fast = CrashRedact::replace(rules[r], line);
-            ASSERT_TRUE(fast.has_value()) << utf8(line);
+            ASSERT_TRUE(everywhere && fast) << utf8(line);
             ASSERT_EQ(utf8(*fast), utf8(*everywhere)) << "line: " << utf8(line);
             changed += *fast != line;
         }
-        // The corpus must reach each rule, or the comparison proves nothing.
+        if (!rules[r].starts) continue;
+        ++scanned;
         EXPECT_GT(changed, 20);
         EXPECT_LT(changed, static_cast<int>(corpus.size()));
     }
     EXPECT_EQ(scanned, 30);
-}
-
-TEST(CrashRedactStarts, OwnTemplatesAgreeWithTheEnginesForEveryRule) {
-    const auto& rules = CrashRedact::rules();
-    for (std::size_t r = 0; r < rules.size(); ++r) {
-        SCOPED_TRACE("rule " + std::to_string(r + 1));
-        for (const auto& line : lines(300, 5 + static_cast<unsigned>(r))) {
-            auto everywhere = CrashRedact::replaceEverywhere(rules[r], line);
-            auto fast = CrashRedact::replace(rules[r], line);
-            ASSERT_TRUE(everywhere && fast) << utf8(line);
-            ASSERT_EQ(utf8(*fast), utf8(*everywhere)) << "line: " << utf8(line);
-        }
-    }
 }
 
 // Shapes a scanner must get right at its edges: a run cut by a folding letter, a key word spelt
