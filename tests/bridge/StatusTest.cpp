@@ -8,28 +8,17 @@
 namespace orvan {
 namespace {
 
-struct StatusCase {
-    const char* body;
-    bool decodes;
-};
-
-class StatusDecoding : public testing::TestWithParam<StatusCase> {};
-
-TEST_P(StatusDecoding, EachLevelHasItsOwnStrictness) {
-    EXPECT_EQ(CompanionStatus::read(GetParam().body).has_value(), GetParam().decodes) << GetParam().body;
+TEST(StatusDecoding, EachLevelHasItsOwnStrictness) {
+    const std::pair<const char*, bool> cases[] = {
+        {"{}", true}, {R"({"on":"yes"})", false}, {R"({"screen":{"on":1}})", false},
+        {R"({"screen":{"permissions":{"screen":"granted"}}})", false}, {R"({"screen":{"watching":["a",2]}})", false},
+        {R"({"screen":null,"tulm":null})", true}, {R"({"phones":[{"id":"a","name":3}]})", true},
+        {R"({"phones":[{"name":"x"}]})", false},
+        {R"({"phones":[{"id":"a","guest":"weird","role":false,"ownerSince":1}]})", true},
+        {R"({"phones":{}})", false}, {R"({"diagnostics":"on"})", false},
+        {R"({"name":"Studio","future":{"deep":[1,2,3]}})", true}, {"[]", false}, {"not json", false}, {"", false}};
+    for (const auto& [body, decodes] : cases) EXPECT_EQ(CompanionStatus::read(body).has_value(), decodes) << body;
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, StatusDecoding,
-    testing::Values(
-        StatusCase{"{}", true}, StatusCase{R"({"on":"yes"})", false}, StatusCase{R"({"screen":{"on":1}})", false},
-        StatusCase{R"({"screen":{"permissions":{"screen":"granted"}}})", false},
-        StatusCase{R"({"screen":{"watching":["a",2]}})", false}, StatusCase{R"({"screen":null,"tulm":null})", true},
-        StatusCase{R"({"phones":[{"id":"a","name":3}]})", true}, StatusCase{R"({"phones":[{"name":"x"}]})", false},
-        StatusCase{R"({"phones":[{"id":"a","guest":"weird","role":false,"ownerSince":1}]})", true},
-        StatusCase{R"({"phones":{}})", false}, StatusCase{R"({"diagnostics":"on"})", false},
-        StatusCase{R"({"name":"Studio","future":{"deep":[1,2,3]}})", true}, StatusCase{"[]", false},
-        StatusCase{"not json", false}, StatusCase{"", false}));
 
 TEST(StatusDecoding, LooseFieldsOfAPhoneBecomeAbsent) {
     auto s = CompanionStatus::read(
@@ -51,35 +40,29 @@ TEST(StatusDecoding, LooseFieldsOfAPhoneBecomeAbsent) {
     EXPECT_FALSE(unreadableEnd->phones->front().guest->ends);
 }
 
-struct TulmCase {
-    std::optional<std::string> tulm;
-    std::string side;
-    bool rowShown;
-    bool pickerShown;
-    std::optional<std::string> line;
-};
-
-class TulmRows : public testing::TestWithParam<TulmCase> {};
-
-TEST_P(TulmRows, RowAndPickerFollowTheProgramAndTheSide) {
-    const auto& c = GetParam();
-    EXPECT_EQ(EnvironmentWords::tulmShown(c.tulm, c.side), c.rowShown);
-    EXPECT_EQ(SidebarRow::shown(c.tulm, c.side), c.pickerShown);
-    EXPECT_EQ(EnvironmentWords::tulmLine(c.tulm), c.line);
+TEST(TulmRows, RowAndPickerFollowTheProgramAndTheSide) {
+    struct Case {
+        std::optional<std::string> tulm;
+        std::string side;
+        bool rowShown, pickerShown;
+        std::optional<std::string> line;
+    };
+    for (const auto& c : std::vector<Case>{{"closed", "left", true, false, "Tulm is closed"},
+                                           {"closed", "", true, false, "Tulm is closed"},
+                                           {std::nullopt, "", false, false, std::nullopt},
+                                           {std::nullopt, "right", true, true, std::nullopt},
+                                           {"absent", "left", false, false, std::nullopt},
+                                           {"up", "left", true, true, "Open and signed in"},
+                                           {"signed-out", "right", true, true, "Signed out of Tulm"},
+                                           {"up", "top", true, false, "Open and signed in"},
+                                           {"", "left", false, false, std::nullopt},
+                                           {"starting", "left", true, false, std::nullopt}}) {
+        const std::string name = c.tulm.value_or("(none)") + "/" + c.side;
+        EXPECT_EQ(EnvironmentWords::tulmShown(c.tulm, c.side), c.rowShown) << name;
+        EXPECT_EQ(SidebarRow::shown(c.tulm, c.side), c.pickerShown) << name;
+        EXPECT_EQ(EnvironmentWords::tulmLine(c.tulm), c.line) << name;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, TulmRows,
-    testing::Values(TulmCase{"closed", "left", true, false, "Tulm is closed"},
-                    TulmCase{"closed", "", true, false, "Tulm is closed"},
-                    TulmCase{std::nullopt, "", false, false, std::nullopt},
-                    TulmCase{std::nullopt, "right", true, true, std::nullopt},
-                    TulmCase{"absent", "left", false, false, std::nullopt},
-                    TulmCase{"up", "left", true, true, "Open and signed in"},
-                    TulmCase{"signed-out", "right", true, true, "Signed out of Tulm"},
-                    TulmCase{"up", "top", true, false, "Open and signed in"},
-                    TulmCase{"", "left", false, false, std::nullopt},
-                    TulmCase{"starting", "left", true, false, std::nullopt}));
 
 TEST(GuestMerge, FillsOnlyMissingScopesFromTheFirstDeviceWithThatId) {
     CompanionPhone owner{"o", "Mine", "owner", std::nullopt, "2026-01-01T00:00:00Z"};
@@ -106,18 +89,14 @@ TEST(GuestMerge, FillsOnlyMissingScopesFromTheFirstDeviceWithThatId) {
 }
 
 TEST(LocalRequestWords, OkIsTwoHundredsOnlyAndMessagesMustBeNonEmptyText) {
-    EXPECT_TRUE(LocalRequest::ok(HttpAnswer::http(200)));
-    EXPECT_TRUE(LocalRequest::ok(HttpAnswer::http(299)));
-    EXPECT_FALSE(LocalRequest::ok(HttpAnswer::http(304)));
-    EXPECT_FALSE(LocalRequest::ok(HttpAnswer::http(199)));
+    for (int status : {200, 299}) EXPECT_TRUE(LocalRequest::ok(HttpAnswer::http(status))) << status;
+    for (int status : {304, 199}) EXPECT_FALSE(LocalRequest::ok(HttpAnswer::http(status))) << status;
     EXPECT_FALSE(LocalRequest::ok(HttpAnswer::transportFailure("refused")));
     EXPECT_FALSE(LocalRequest::ok(std::optional<HttpAnswer>{}));
     EXPECT_EQ(LocalRequest::message(R"({"message":"No."})"), "No.");
     EXPECT_EQ(LocalRequest::message(R"({"message":" spaced "})"), " spaced ");
-    EXPECT_FALSE(LocalRequest::message(R"({"message":""})"));
-    EXPECT_FALSE(LocalRequest::message(R"({"message":3})"));
-    EXPECT_FALSE(LocalRequest::message(R"(["message"])"));
-    EXPECT_FALSE(LocalRequest::message(""));
+    for (const char* body : {R"({"message":""})", R"({"message":3})", R"(["message"])", ""})
+        EXPECT_FALSE(LocalRequest::message(body)) << body;
 }
 
 } // namespace

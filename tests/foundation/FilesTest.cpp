@@ -76,27 +76,22 @@ TEST(DataFolders, FollowTheBaseDirectoriesAndTheBridgeOverride) {
     EXPECT_EQ(DataFolder::bridge(env), fs::path("/new"));
 }
 
-struct EnvCase {
-    Environment env;
-    const char* name;
-    std::optional<std::string> value;
-};
-
-class CarryoverEnv : public testing::TestWithParam<EnvCase> {};
-
-TEST_P(CarryoverEnv, CurrentNameFirstThenTheOldOneEmptyCountsAsUnset) {
-    EXPECT_EQ(Carryover::env(GetParam().name, GetParam().env), GetParam().value);
+TEST(CarryoverEnv, CurrentNameFirstThenTheOldOneEmptyCountsAsUnset) {
+    struct Case {
+        Environment env;
+        const char* name;
+        std::optional<std::string> value;
+    };
+    for (const auto& c : std::vector<Case>{{{{"ORVAN_DIR", "/a"}, {"TULM_MOBILE_DIR", "/b"}}, "ORVAN_DIR", "/a"},
+                                           {{{"TULM_MOBILE_DIR", "/b"}}, "ORVAN_DIR", "/b"},
+                                           {{{"ORVAN_DIR", ""}, {"TULM_MOBILE_DIR", "/b"}}, "ORVAN_DIR", "/b"},
+                                           {{{"ORVAN_DIR", ""}, {"TULM_MOBILE_DIR", ""}}, "ORVAN_DIR", std::nullopt},
+                                           {{{"TULM_COMPANION_BIN", "/bin/x"}}, "ORVAN_COMPANION_BIN", "/bin/x"},
+                                           {{{"TULM_MOBILE_DIR", "/b"}}, "ORVAN_COMPANION_BIN", std::nullopt},
+                                           {{{"HOME", "/h"}}, "HOME", "/h"},
+                                           {{}, "ORVAN_UPDATE_PID", std::nullopt}})
+        EXPECT_EQ(Carryover::env(c.name, c.env), c.value) << c.name << " in " << testing::PrintToString(c.env);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, CarryoverEnv,
-    testing::Values(EnvCase{{{"ORVAN_DIR", "/a"}, {"TULM_MOBILE_DIR", "/b"}}, "ORVAN_DIR", "/a"},
-                    EnvCase{{{"TULM_MOBILE_DIR", "/b"}}, "ORVAN_DIR", "/b"},
-                    EnvCase{{{"ORVAN_DIR", ""}, {"TULM_MOBILE_DIR", "/b"}}, "ORVAN_DIR", "/b"},
-                    EnvCase{{{"ORVAN_DIR", ""}, {"TULM_MOBILE_DIR", ""}}, "ORVAN_DIR", std::nullopt},
-                    EnvCase{{{"TULM_COMPANION_BIN", "/bin/x"}}, "ORVAN_COMPANION_BIN", "/bin/x"},
-                    EnvCase{{{"TULM_MOBILE_DIR", "/b"}}, "ORVAN_COMPANION_BIN", std::nullopt},
-                    EnvCase{{{"HOME", "/h"}}, "HOME", "/h"}, EnvCase{{}, "ORVAN_UPDATE_PID", std::nullopt}));
 
 TEST(PathParts, EverythingButUnreservedIsEncoded) {
     EXPECT_EQ(PathPart::escape("abc-XYZ_0.9~"), "abc-XYZ_0.9~");
