@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 using namespace orvan;
 
 namespace {
@@ -39,18 +37,6 @@ TEST(Node, BuildersDropNothingInEveryContainer) {
     for (const auto& container : containers) {
         ASSERT_EQ(container.children.size(), 1u) << ui::kindName(container.kind);
         EXPECT_EQ(container.children[0].text, "y");
-    }
-}
-
-TEST(Node, ProgressHoldsItsValueInRange) {
-    struct Row {
-        std::optional<double> given;
-        std::optional<double> kept;
-    };
-    const Row rows[] = {{0.25, 0.25}, {-1.0, 0.0}, {3.0, 1.0}, {std::nullopt, std::nullopt}, {std::nan(""), std::nullopt}};
-    for (const auto& row : rows) {
-        const auto node = ui::progress(row.given);
-        EXPECT_EQ(node.fraction, row.kept) << (row.given ? *row.given : -99);
     }
 }
 

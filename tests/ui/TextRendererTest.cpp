@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,8 @@ std::vector<Case> cases() {
         {"picture", ui::picture("\x89PNG", 120, 80, "Invite code"), "<picture: Invite code, 120x80>\n"},
         {"progress rounds to a whole percent", ui::progress(0.456, "Downloading"), "Downloading: 46%\n"},
         {"progress out of range is held in 0...1", ui::progress(7.0), "100%\n"},
+        {"progress below range is held at 0", ui::progress(-1.0), "0%\n"},
+        {"a fraction that is not a number draws as indeterminate", ui::progress(std::nan("")), "(in progress)\n"},
         {"indeterminate progress", ui::progress(std::nullopt, "Preparing"), "Preparing: (in progress)\n"},
         {"spinner", ui::spinner("Signing in"), "(working) Signing in\n"},
         {"symbol names its tone", ui::symbol("eye.circle.fill", ui::Tone::Accent), "<eye.circle.fill, accent>\n"},
