@@ -119,16 +119,6 @@ TEST_F(Store, FollowsWritesByOthersToTheSameDefaultsAndKeepsWhatItDoesNotKnow) {
     EXPECT_EQ(applied, 2);
 }
 
-TEST(AppearanceWords, StateForBothOneAndNone) {
-    EXPECT_EQ(AppearanceWords::state(true, true), "In use for light and dark");
-    EXPECT_EQ(AppearanceWords::state(true, false), "In use for light");
-    EXPECT_EQ(AppearanceWords::state(false, true), "In use for dark");
-    EXPECT_EQ(AppearanceWords::state(false, false), std::nullopt);
-    EXPECT_EQ(AppearanceWords::both("Tokyo Night"), "Use Tokyo Night for light and dark.");
-    EXPECT_EQ(AppearanceWords::one("Nord", true), "Use Nord for dark only.");
-    EXPECT_EQ(AppearanceWords::one("Nord", false), "Use Nord for light only.");
-}
-
 // The first node, depth first, with this key or of this kind.
 ui::Node* find(ui::Node& node, const std::string& key, std::optional<ui::Kind> kind = std::nullopt) {
     if (kind ? node.kind == *kind : node.identity == key) return &node;
@@ -157,6 +147,8 @@ TEST_F(Store, TheSectionShowsStateAndItsControlsChangeTheChoice) {
     auto* emberName = find(*find(tree, "ember"), "", ui::Kind::Link);
     ASSERT_NE(emberName, nullptr);
     EXPECT_EQ(emberName->helpText, "Use Ember for light and dark.");
+    EXPECT_EQ(find(tree, "ember.light")->helpText, "Use Ember for light only.");
+    EXPECT_EQ(find(tree, "grove.dark")->helpText, "Use Grove for dark only.");
     find(*find(tree, "catppuccin"), "", ui::Kind::Link)->onPress();
     EXPECT_EQ(store.choice(), ThemeChoice::both("catppuccin"));
 
