@@ -16,6 +16,12 @@
 
 namespace orvan::test {
 
+// The bridge child of a process: the first of its children, or -1.
+inline int childOf(qint64 pid) {
+    auto children = procList(static_cast<int>(pid), ("task/" + std::to_string(pid) + "/children").c_str());
+    return children.empty() ? -1 : std::atoi(children[0].c_str());
+}
+
 class DrivenProgram : public testing::Test {
 protected:
     void SetUp() override {
@@ -52,6 +58,8 @@ protected:
         program_.start(ORVAN_COMPANION_PATH, {"--headless"});
         return program_.waitForStarted(5000);
     }
+    // Waits on the event loop: the program may have ended while the test waited for an answer.
+    bool finished() { return waitUntil([&] { return program_.state() == QProcess::NotRunning; }, std::chrono::seconds(10)); }
     bool saw(const std::string& words, std::size_t from = 0) const { return output_.find(words, from) != std::string::npos; }
     // Types one command line and waits for an answer that holds `answer`.
     bool type(const std::string& line, const std::string& answer) {
