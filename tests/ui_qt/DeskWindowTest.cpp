@@ -125,6 +125,6 @@ INSTANTIATE_TEST_SUITE_P(Finish, DeskRename,
                          ::testing::Values(RenameCase{"Save", "Save", "Studio Mac", true},
                                            RenameCase{"Cancel", "Cancel", "Studio", false},
                                            RenameCase{"Escape", "Escape", "Studio", false}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         orvan::testing::byName<RenameCase>);
 
 } // namespace

@@ -20,6 +20,11 @@ Q_GUI_EXPORT bool qt_sendShortcutOverrideEvent(QObject* o, ulong timestamp, int 
 
 namespace orvan::testing {
 
+// Names a parameterised case by its `name` field.
+template <class Case> std::string byName(const ::testing::TestParamInfo<Case>& info) {
+    return info.param.name;
+}
+
 inline QApplication& qtApp() {
     static int argc = 1;
     static char name[] = "ui_qt_tests";

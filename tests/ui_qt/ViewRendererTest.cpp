@@ -18,15 +18,12 @@
 #include <memory>
 
 using namespace orvan;
+using orvan::testing::byName;
 using orvan::testing::pressKey;
 using orvan::testing::settle;
 using orvan::testing::typeText;
 
 namespace {
-
-template <class Case> std::string byName(const ::testing::TestParamInfo<Case>& info) {
-    return info.param.name;
-}
 
 class Renderer : public ::testing::Test {
 protected:
@@ -422,10 +419,7 @@ TEST_F(Renderer, AnUnchangedTreeTouchesNoWidget) {
 // A field that appears because of a press takes the keys; one that appears while the user types
 // elsewhere, or with a poll, leaves them where they are.
 TEST_F(Renderer, OnlyAFieldAskedForTakesTheFocus) {
-    auto dispatcher = std::make_shared<ui::qt::ActionDispatcher>();
-    auto* container = new QWidget(window.get());
-    window->layout()->addWidget(container);
-    ui::qt::ViewRenderer own(container, dispatcher);
+    ui::qt::ViewRenderer& own = *renderer;
     std::string first;
     bool asked = false, polled = false;
     auto view = [&] {

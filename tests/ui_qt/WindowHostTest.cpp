@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
                       SizeCase{"NotNumbers", Json{{"width", "wide"}, {"height", true}}, QSize(760, 800)},
                       SizeCase{"NotAnObject", Json("700x800"), QSize(760, 800)},
                       SizeCase{"Absurd", Json{{"width", 1e300}, {"height", -5}}, QSize(760, 800)}),
-    [](const ::testing::TestParamInfo<SizeCase>& info) { return std::string(info.param.name); });
+    orvan::testing::byName<SizeCase>);
 
 struct FitCase {
     const char* name;
@@ -120,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
                       FitCase{"RememberedBelowTheMinimum", {10, 10}, {1920, 1050}, {{640, 780}, {640, 780}}},
                       FitCase{"SmallerThanTheMinimumBothWays", {760, 920}, {600, 500}, {{600, 500}, {600, 500}}},
                       FitCase{"UnknownRoom", {760, 920}, {}, {{640, 780}, {760, 920}}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    orvan::testing::byName<FitCase>);
 
 // A real window on a 1366 by 768 screen whose windows have frames: the test program runs itself
 // again on such a screen, which the offscreen platform reads from a file.
@@ -150,12 +150,10 @@ TEST_F(Host, WholeWindowFitsALaptopScreen) {
     EXPECT_NE(said.find("[  PASSED  ] 1 test"), std::string::npos) << said;
 }
 
-TEST_F(Host, WindowScrollsHasItsTitleAndMinimumAndRemembersItsSizeOnClosing) {
+TEST_F(Host, WindowScrollsAndRemembersItsSizeOnClosing) {
     {
         ui::qt::WindowHost host(windowSetup(), [] { return ui::text("x"); });
         host.show();
-        EXPECT_EQ(host.window()->windowTitle(), QStringLiteral("Remote control"));
-        EXPECT_EQ(host.window()->minimumSize(), QSize(640, 780));
         EXPECT_NE(host.window()->findChild<QScrollArea*>(), nullptr);
         host.window()->resize(700, 790);
         host.window()->close();
