@@ -5,6 +5,7 @@
 #include "platform/linux/QtLocalApi.h"
 
 #include "CoreApp.h"
+#include "RawServer.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -12,11 +13,7 @@
 #include <gtest/gtest.h>
 #include <httplib.h>
 #include <mutex>
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <thread>
-#include <unistd.h>
 
 namespace orvan {
 namespace {
@@ -194,31 +191,16 @@ TEST_F(LocalApiTest, NobodyListeningIsATransportFailure) {
 // The test server above drops empty header values, so the empty key is looked for in the raw request.
 TEST(LocalApiRaw, AnEmptyKeyStillSendsTheHeader) {
     test::coreApp();
-    int listener = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(::listen(listener, 1), 0);
-    socklen_t length = sizeof address;
-    ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
     std::string raw;
-    std::thread server([&] {
-        int connection = ::accept(listener, nullptr, nullptr);
-        char buffer[4096];
-        while (raw.find("\r\n\r\n") == std::string::npos) {
-            ssize_t n = ::read(connection, buffer, sizeof buffer);
-            if (n <= 0) break;
-            raw.append(buffer, static_cast<size_t>(n));
-        }
-        const char reply[] = "HTTP/1.1 204 No Content\r\nContent-Length: 0\r\n\r\n";
-        (void)!::write(connection, reply, sizeof reply - 1);
-        ::close(connection);
-    });
-    QtLocalApi api(QString("http://127.0.0.1:%1").arg(ntohs(address.sin_port)));
-    HttpAnswer a = QCoro::waitFor(api.send(LocalRequest::make("/x", std::nullopt, 2s, Environment{})));
-    server.join();
-    ::close(listener);
+    HttpAnswer a;
+    {
+        test::RawServer server([&](test::RawServer& s, int fd) {
+            raw = s.next(fd);
+            test::writeAll(fd, "HTTP/1.1 204 No Content\r\nContent-Length: 0\r\n\r\n");
+        });
+        QtLocalApi api(server.base());
+        a = QCoro::waitFor(api.send(LocalRequest::make("/x", std::nullopt, 2s, Environment{})));
+    } // the server thread is joined before its record is read
     EXPECT_EQ(a.status, 204);
     EXPECT_NE(raw.find("\r\nX-Tulm-Local:"), std::string::npos) << raw;
 }
