@@ -168,6 +168,7 @@ TEST_F(BridgeTest, BinaryChoiceFallsThroughToTheBundle) {
                                            {{{"TULM_COMPANION_BIN", other.string()}}, other},
                                            {{{"ORVAN_COMPANION_BIN", ""}, {"TULM_COMPANION_BIN", other.string()}}, other},
                                            {{{"ORVAN_COMPANION_BIN", (root_ / "data").string()}}, bundled_},
+                                           {{{"ORVAN_COMPANION_BIN", (root_ / "data" / "local.key").string()}}, bundled_},
                                            {{{"ORVAN_COMPANION_BIN", (root_ / "nope").string()}}, bundled_},
                                            {{}, bundled_}}) {
         BridgeSetup setup = setup_;

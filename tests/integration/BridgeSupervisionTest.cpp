@@ -153,17 +153,6 @@ TEST_F(Supervision, AChildThatNeverAnswersIsLeftRunning) {
     EXPECT_EQ(processesLaunched(), 1);
 }
 
-TEST_F(Supervision, ANonExecutableChoiceFallsThroughToTheBundledBridge) {
-    auto plain = home_.root / "not-executable";
-    Files::write(plain, "#!/bin/sh\nexit 0\n");
-    setup_.environment["ORVAN_COMPANION_BIN"] = plain.string();
-    bridge().start();
-    ASSERT_TRUE(waitUntil([&] { return bridge().ready && bridge().child; }));
-    auto args = procList(bridge().child->processIdentifier(), "cmdline");
-    ASSERT_FALSE(args.empty());
-    EXPECT_EQ(args[0], simulatorPath().string());
-}
-
 TEST_F(Supervision, StopIfOwnedEndsOurChildAndNothingIsRelaunched) {
     bridge().start();
     ASSERT_TRUE(waitUntil([&] { return bridge().ready && bridge().child; }));
