@@ -14,46 +14,35 @@ std::vector<std::string> ids(const std::vector<CompanionAccount>& rows) {
     return out;
 }
 
-struct ListCase {
-    const char* name;
-    const char* body;
-    std::vector<std::string> accounts;
-    std::vector<std::string> found; // FoundLogin ids
-    std::vector<std::string> chain;
-};
-
-void PrintTo(const ListCase& value, std::ostream* out) { *out << value.name; }
-
-class AccountsListCases : public testing::TestWithParam<ListCase> {};
-
-TEST_P(AccountsListCases, KeepsEveryGoodRow) {
-    const auto& c = GetParam();
-    auto list = decodeJson<AccountsList>(c.body);
-    ASSERT_TRUE(list) << c.name;
-    EXPECT_EQ(ids(list->accounts), c.accounts);
-    std::vector<std::string> found;
-    for (const auto& f : list->found) found.push_back(f.id());
-    EXPECT_EQ(found, c.found);
-    EXPECT_EQ(list->chain, c.chain);
+TEST(AccountsListDecoding, KeepsEveryGoodRow) {
+    struct Case {
+        const char* name;
+        const char* body;
+        std::vector<std::string> accounts;
+        std::vector<std::string> found; // FoundLogin ids
+        std::vector<std::string> chain;
+    };
+    const Case cases[] = {
+        {"bad row among good", R"({"accounts":[{"id":"a"},{"label":"no id"},{"id":"c"}]})", {"a", "c"}, {}, {}},
+        {"id of the wrong type", R"({"accounts":[{"id":7},{"id":"b"}]})", {"b"}, {}, {}},
+        {"accounts as a string", R"({"accounts":"a,b","chain":["b"]})", {}, {}, {"b"}},
+        {"chain with a number in it", R"({"chain":["a",3,"b"]})", {}, {}, {"a", "b"}},
+        {"found logins with and without home",
+         R"({"found":[{"provider":"claude","default":true},{"provider":"codex"},
+                      {"provider":"codex","home":"/h/.codex-work"},{"home":"/x"}]})",
+         {}, {"claude|default", "codex|/h/.codex-work"}, {}},
+        {"empty object", "{}", {}, {}, {}},
+    };
+    for (const auto& c : cases) {
+        auto list = decodeJson<AccountsList>(c.body);
+        ASSERT_TRUE(list) << c.name;
+        EXPECT_EQ(ids(list->accounts), c.accounts) << c.name;
+        std::vector<std::string> found;
+        for (const auto& f : list->found) found.push_back(f.id());
+        EXPECT_EQ(found, c.found) << c.name;
+        EXPECT_EQ(list->chain, c.chain) << c.name;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Lists, AccountsListCases,
-    testing::Values(
-        ListCase{"bad row among good", R"({"accounts":[{"id":"a"},{"label":"no id"},{"id":"c"}]})", {"a", "c"}, {}, {}},
-        ListCase{"id of the wrong type", R"({"accounts":[{"id":7},{"id":"b"}]})", {"b"}, {}, {}},
-        ListCase{"accounts as a string", R"({"accounts":"a,b","chain":["b"]})", {}, {}, {"b"}},
-        ListCase{"chain with a number in it", R"({"chain":["a",3,"b"]})", {}, {}, {"a", "b"}},
-        ListCase{"found logins with and without home",
-                 R"({"found":[{"provider":"claude","default":true},{"provider":"codex"},
-                              {"provider":"codex","home":"/h/.codex-work"},{"home":"/x"}]})",
-                 {}, {"claude|default", "codex|/h/.codex-work"}, {}},
-        ListCase{"empty object", "{}", {}, {}, {}}),
-    [](const auto& info) {
-        std::string n = info.param.name;
-        for (auto& ch : n) if (!isalnum(static_cast<unsigned char>(ch))) ch = '_';
-        return n;
-    });
 
 TEST(CompanionAccountDecoding, EachBadValueFallsBackAloneAndKeepsTheRow) {
     auto list = decodeJson<AccountsList>(R"({"accounts":[{"id":"x","provider":5,"label":"Work","kind":"apikey",
