@@ -65,7 +65,7 @@ TEST_F(BridgeLoginTest, AChoiceSettlesTheCarryOverAndShowsWhatTheLoginItemSays) 
         bool works;
         Status before;
         std::optional<Status> settlesAs;
-        const char* call;
+        const char* call; // nullptr: no login facility at all
         bool loginOn;
         std::string note;
     };
@@ -75,6 +75,8 @@ TEST_F(BridgeLoginTest, AChoiceSettlesTheCarryOverAndShowsWhatTheLoginItemSays) 
         {"turned on but held for approval", true, true, Status::NotRegistered, Status::RequiresApproval, "register", false, ""},
         {"turning on refused", true, false, Status::NotRegistered, std::nullopt, "register", false, kRefused},
         {"turning off refused leaves it on", false, false, Status::Enabled, std::nullopt, "unregister", true, kRefused},
+        {"no login facility: the switch stays off and says so", true, true, Status::NotRegistered, std::nullopt, nullptr, false,
+         kRefused},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -82,7 +84,7 @@ TEST_F(BridgeLoginTest, AChoiceSettlesTheCarryOverAndShowsWhatTheLoginItemSays) 
         item.works = c.works;
         item.current = c.before;
         item.settlesAs = c.settlesAs;
-        auto model = bridge(c.name, &item);
+        auto model = bridge(c.name, c.call ? &item : nullptr);
         model->loginNote = "a note from before";
         model->loginOn = !c.loginOn;
         int published = 0;
@@ -90,22 +92,13 @@ TEST_F(BridgeLoginTest, AChoiceSettlesTheCarryOverAndShowsWhatTheLoginItemSays) 
 
         model->setLogin(c.on);
 
-        EXPECT_EQ(item.calls, std::vector<std::string>{c.call});
+        EXPECT_EQ(item.calls, c.call ? std::vector<std::string>{c.call} : std::vector<std::string>{});
         EXPECT_EQ(model->loginOn, c.loginOn);
         EXPECT_EQ(model->loginNote, c.note);
         EXPECT_GT(published, 0);
         // Turning it off settles too, so a later launch at login doesn't register it again.
         EXPECT_EQ(settled(c.name), Json(true));
     }
-}
-
-TEST_F(BridgeLoginTest, WithoutALoginFacilityTheSwitchStaysOffAndSaysSo) {
-    auto model = bridge("none", nullptr);
-    model->loginOn = true;
-    model->setLogin(true);
-    EXPECT_FALSE(model->loginOn);
-    EXPECT_EQ(model->loginNote, kRefused);
-    EXPECT_EQ(settled("none"), Json(true));
 }
 
 } // namespace

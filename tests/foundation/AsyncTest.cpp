@@ -79,18 +79,5 @@ TEST(CancelTest, CopiesShareOneStateAndForgottenCallbacksDoNotRun) {
     EXPECT_EQ(runs, 101);
 }
 
-TEST(StartTest, ResultIsReadableOnceTheTaskFinishes) {
-    FakeClock clock;
-    auto task = [](FakeClock& c) -> Task<int> {
-        co_await c.sleep(5s);
-        co_return 42;
-    };
-    auto started = test::start(task(clock));
-    EXPECT_FALSE(started.done());
-    clock.advance(5s);
-    ASSERT_TRUE(started.done());
-    EXPECT_EQ(started.value(), 42);
-}
-
 } // namespace
 } // namespace orvan
