@@ -63,9 +63,10 @@ TEST(CrashTree, TenThousandLevelsDecodeAfterShallow) {
     EXPECT_TRUE(CrashJSON::decode(*tree));
 }
 
-std::string frame(const std::string& extra, const std::string& sub = "") {
-    return R"({"binaryUUID":"11111111-2222-3333-4444-555555555555","binaryName":"Orvan","offsetIntoBinaryTextSegment":10)" +
-           extra + R"(,"subFrames":[)" + sub + "]}";
+// A frame at `offset`, weighing `weight` samples (none when empty), over `sub`.
+std::string frame(int offset, const std::string& weight, const std::string& sub = "") {
+    return R"({"offsetIntoBinaryTextSegment":)" + std::to_string(offset) +
+           (weight.empty() ? "" : ",\"sampleCount\":" + weight) + R"(,"subFrames":[)" + sub + "]}";
 }
 
 TEST(CrashTree, CleanKeepsOnlyTheAllowList) {
@@ -95,9 +96,9 @@ TEST(CrashTree, CleanMovesTheAttributedThreadFirstAndCapsThreads) {
 TEST(CrashTree, OneBudgetOf200FramesServesTheWholeTree) {
     // 150 frames in a chain in one thread, 51 side by side in another: 201 in all.
     std::string chain;
-    for (int i = 0; i < 150; ++i) chain = frame(",\"sampleCount\":" + std::to_string(i), chain);
+    for (int i = 0; i < 150; ++i) chain = frame(10, std::to_string(i), chain);
     std::string row;
-    for (int i = 0; i < 51; ++i) row += (i ? "," : "") + frame("");
+    for (int i = 0; i < 51; ++i) row += (i ? "," : "") + frame(10, "");
     CrashJSON cleaned = CrashTree::clean(parsed(R"({"callStacks":[{"callStackRootFrames":[)" + chain +
                                                 R"(]},{"callStackRootFrames":[)" + row + "]}]}"));
     Json out = cleaned.encode();
@@ -124,10 +125,7 @@ TEST(CrashTree, PathFollowsTheHeaviestFrame) {
         std::string tree;
         std::vector<std::int64_t> offsets;
     };
-    auto f = [](int offset, const std::string& weight, const std::string& sub = "") {
-        return R"({"offsetIntoBinaryTextSegment":)" + std::to_string(offset) +
-               (weight.empty() ? "" : ",\"sampleCount\":" + weight) + R"(,"subFrames":[)" + sub + "]}";
-    };
+    const auto f = [](int offset, const std::string& weight, const std::string& sub = "") { return frame(offset, weight, sub); };
     for (const Case& c : std::vector<Case>{
              {"heaviest wins", R"({"callStacks":[{"callStackRootFrames":[)" + f(1, "1") + "," + f(2, "5", f(3, "")) + "]}]}",
               {2, 3}},
