@@ -9,8 +9,6 @@
 namespace orvan::simtest {
 namespace {
 
-json body(const httplib::Result& answer) { return json::parse(answer->body, nullptr, false); }
-
 std::vector<json> ids(const json& list) {
     std::vector<json> out;
     for (const auto& row : list["accounts"]) out.push_back(row.contains("id") ? row["id"] : json());

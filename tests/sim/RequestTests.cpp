@@ -10,8 +10,6 @@
 namespace orvan::simtest {
 namespace {
 
-const std::string owner = "9F2C4E1A-7B3D-4C21-A8E5-3D6F0B7C9A12";
-const std::string guest = "C81D5A73-2E9F-4B6A-9C0D-5E7F1A2B3C48";
 
 struct Exchange {
     const char* name;

@@ -12,8 +12,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-json body(const httplib::Result& answer) { return answer ? json::parse(answer->body, nullptr, false) : json(); }
-
 std::vector<std::string> sessions(const json& state) {
     std::vector<std::string> out;
     for (const auto& row : state["sandboxes"]) out.push_back(row["session"]);

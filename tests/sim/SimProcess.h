@@ -32,6 +32,13 @@ inline std::string readFile(const fs::path& path) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+// The demo seed's two phones, by the ids the simulator gives them.
+inline const std::string owner = "9F2C4E1A-7B3D-4C21-A8E5-3D6F0B7C9A12";
+inline const std::string guest = "C81D5A73-2E9F-4B6A-9C0D-5E7F1A2B3C48";
+
+// An answer's body as JSON: discarded when it isn't JSON, null when no answer came.
+inline json body(const httplib::Result& answer) { return answer ? json::parse(answer->body, nullptr, false) : json(); }
+
 // Checks often for a bounded time: a quick start costs milliseconds and a broken one can't hang the suite.
 template <class Condition> bool eventually(Condition condition, std::chrono::milliseconds bound = 10s) {
     for (auto end = std::chrono::steady_clock::now() + bound; std::chrono::steady_clock::now() < end;)

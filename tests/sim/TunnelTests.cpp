@@ -9,8 +9,6 @@
 namespace orvan::simtest {
 namespace {
 
-json body(const httplib::Result& answer) { return json::parse(answer->body, nullptr, false); }
-
 TEST(SimTunnel, ADomainStartsThenComesUpAndItsTokenNeverComesBack) {
     SimProcess sim;
     ASSERT_TRUE(sim.ready());
