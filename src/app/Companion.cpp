@@ -43,6 +43,7 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     accounts_ = std::make_unique<Accounts>(*api_, clock_, AccountsSetup{environment_, userHome(environment_)});
     sandboxes_ = std::make_unique<Sandboxes>(*api_, clock_, environment_);
     tunnel_ = std::make_unique<Tunnel>(*api_, clock_, environment_);
+    hosts_ = std::make_unique<Hosts>(*api_, clock_, environment_);
 }
 
 void Companion::startDesk() {
@@ -57,6 +58,10 @@ void Companion::startDesk() {
             sandboxesPolling_ = true;
             spawn(sandboxes_->poll(sandboxesPoll_));
         }
+        // The computers' section is always in the window: it reads as it would on appearing each
+        // time a bridge starts answering, the list first and then the computers worth checking.
+        if (bridge_->ready && !hostsRead_) spawn(hosts_->open());
+        hostsRead_ = bridge_->ready;
         if (bridge_->ready && !tunnelPolling_) {
             tunnelPolling_ = true;
             spawn(tunnel_->poll(tunnelPoll_));
@@ -84,6 +89,7 @@ ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed,
     context.accounts = accounts_.get();
     context.sandboxes = sandboxes_.get();
     context.tunnel = tunnel_.get();
+    context.hosts = hosts_.get();
     std::optional<TimePoint> wordsChange;
     if (wordsTimer) context.wordsChange = &wordsChange;
     const TimePoint now = clock_.now();

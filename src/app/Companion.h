@@ -5,6 +5,7 @@
 #include "accounts/Accounts.h"
 #include "bridge/Bridge.h"
 #include "bridge/DeskView.h"
+#include "computers/Hosts.h"
 #include "connections/LidWake.h"
 #include "connections/Tunnel.h"
 #include "platform/linux/LogindPower.h"
@@ -47,6 +48,7 @@ public:
     Accounts& accounts() { return *accounts_; }
     Sandboxes& sandboxes() { return *sandboxes_; }
     Tunnel& tunnel() { return *tunnel_; }
+    Hosts& hosts() { return *hosts_; }
     DeskState& deskState() { return desk_; }
     Clock& clock() { return clock_; }
     const Environment& environment() const { return environment_; }
@@ -75,6 +77,9 @@ private:
     // The Connections section's poll, started like the Sandboxes one.
     Cancel tunnelPoll_;
     bool tunnelPolling_ = false;
+    std::unique_ptr<Hosts> hosts_;
+    // Whether the computers were read since a bridge last began answering.
+    bool hostsRead_ = false;
     Observable::Subscription bridgeReady_;
     bool accountsRead_ = false;
     DeskState desk_;

@@ -62,6 +62,7 @@ private:
     Observable::Subscription accounts_;
     Observable::Subscription sandboxes_;
     Observable::Subscription tunnel_;
+    Observable::Subscription hosts_;
     Observable::Subscription look_;
 
     std::unique_ptr<QSocketNotifier> input_;

@@ -4,6 +4,7 @@
 #include "bridge/EnvironmentsSection.h"
 #include "appearance/AppearanceSection.h"
 #include "bridge/RemoteWords.h"
+#include "computers/ComputersSection.h"
 #include "connections/ConnectionsSection.h"
 #include "connections/LidWords.h"
 #include "phones/PhoneWords.h"
@@ -109,6 +110,7 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     if (context.tunnel)
         card.push_back(ConnectionsSection::build(*context.tunnel, state.connections, context.changed));
     if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));
+    if (context.hosts) card.push_back(ComputersSection::build(*context.hosts, state.computers, context.changed));
     if (context.accounts)
         card.push_back(AccountsSection::build(*context.accounts, state.accounts, now, context.changed, context.wordsChange));
     card.push_back(EnvironmentsSection::build(bridge));

@@ -3,6 +3,7 @@
 
 #include "accounts/AccountsViewState.h"
 #include "bridge/Bridge.h"
+#include "computers/ComputersViewState.h"
 #include "connections/ConnectionsViewState.h"
 #include "sandboxes/SandboxesViewState.h"
 #include "ui/Node.h"
@@ -25,12 +26,14 @@ struct DeskState {
     AccountsViewState accounts;
     SandboxesViewState sandboxes;
     ConnectionsViewState connections;
+    ComputersViewState computers;
 };
 
 class ThemeStore;
 class Accounts;
 class Sandboxes;
 class Tunnel;
+class Hosts;
 
 struct DeskContext {
     // The view state changed: draw again.
@@ -44,6 +47,8 @@ struct DeskContext {
     Sandboxes* sandboxes = nullptr;
     // The tunnels; their section shows when there is one.
     Tunnel* tunnel = nullptr;
+    // The other computers; their section shows when there is one.
+    Hosts* hosts = nullptr;
     // Where the view writes the first moment its words will change with the time alone (a guest's
     // "ends in 2 hours"), so the host draws again then; left absent when nothing will.
     std::optional<TimePoint>* wordsChange = nullptr;

@@ -10,6 +10,9 @@ struct Reply {
     int status = 204;
     std::string body;
     std::string contentType;
+    // Work the bridge finishes before it answers: the answer leaves this many seconds later, and the
+    // state is not held meanwhile.
+    double delaySeconds = 0;
 
     // A write with nothing to say.
     static Reply done() { return {204, {}, {}}; }

@@ -1,6 +1,7 @@
 #include "Routes.h"
 
 #include "AccountsRoutes.h"
+#include "HostRoutes.h"
 #include "SandboxRoutes.h"
 #include "TunnelRoutes.h"
 #include <functional>
@@ -64,6 +65,7 @@ Reply answer(Sim& sim, const std::string& method, const std::string& target, con
     if (AccountsRoutes::owns(path)) return AccountsRoutes::answer(sim, method, target, body, now);
     if (SandboxRoutes::owns(path)) return SandboxRoutes::answer(sim, method, target, body, now);
     if (TunnelRoutes::owns(path)) return TunnelRoutes::answer(sim, method, path, body, now);
+    if (HostRoutes::owns(path)) return HostRoutes::answer(sim, method, path, body, now);
     bool known = false;
     for (const auto& route : table()) {
         if (path != route.path) continue;

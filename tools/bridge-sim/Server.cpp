@@ -185,6 +185,10 @@ void Server::dispatch(const httplib::Request& request, httplib::Response& respon
                         : Routes::answer(sim, request.method, request.target, request.body, now);
         exitCode = sim.exitCode;
     }
+    if (reply.delaySeconds > 0) {
+        std::unique_lock lock(mutex_);
+        wake_.wait_for(lock, std::chrono::duration<double>(reply.delaySeconds), [this] { return stopping_; });
+    }
     put(response, reply);
     log(request, std::to_string(reply.status));
     // The answer is written before the server stops: stopping waits for the request threads.

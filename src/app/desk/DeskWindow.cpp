@@ -70,6 +70,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     accounts_ = companion_.accounts().observe([this] { desk_->requestRender(); });
     sandboxes_ = companion_.sandboxes().observe([this] { desk_->requestRender(); });
     tunnel_ = companion_.tunnel().observe([this] { desk_->requestRender(); });
+    hosts_ = companion_.hosts().observe([this] { desk_->requestRender(); });
     look_ = themes_.observe([this] { lookChanged(); });
     wordsTimer_.setSingleShot(true);
     wordsTimer_.setTimerType(Qt::CoarseTimer);

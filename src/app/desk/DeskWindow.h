@@ -61,6 +61,7 @@ private:
     Observable::Subscription accounts_;
     Observable::Subscription sandboxes_;
     Observable::Subscription tunnel_;
+    Observable::Subscription hosts_;
     Observable::Subscription look_;
 };
 

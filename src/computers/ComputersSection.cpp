@@ -1,0 +1,133 @@
+#include "computers/ComputersSection.h"
+
+#include "computers/HostBridge.h"
+#include "computers/HostSandboxRow.h"
+#include "computers/SudoSheet.h"
+
+namespace orvan::ComputersSection {
+
+namespace {
+
+std::function<void()> redraw(std::function<void()> changed) {
+    return [changed] {
+        if (changed) changed();
+    };
+}
+
+ui::Node bridgeBlock(Hosts& hosts, ComputersViewState& state, const CompanionHost& host,
+                     const std::function<void()>& changed) {
+    ui::Nodes lines;
+    if (auto words = host.bridgeLine(hosts.bridge)) {
+        const bool older = host.older.value_or(false);
+        lines.push_back(ui::text(*words)
+                            .tone(older ? ui::Tone::Warning : ui::Tone::Dim)
+                            .style(older ? ui::TextStyle::Body : ui::TextStyle::Caption)
+                            .help("The version of the bridge on that computer, as Check last read it.")
+                            .key("bridge"));
+    }
+    if (host.forTerminal() || !host.older.value_or(false)) return ui::vstack(std::move(lines)).key("bridgeBlock");
+    Hosts* model = &hosts;
+    ComputersViewState* s = &state;
+    const std::string target = host.target;
+    lines.push_back(ui::button(HostBridge::button,
+                               [s, target, changed] {
+                                   s->updating = target;
+                                   if (changed) changed();
+                               })
+                        .enabled(hosts.working.count(target) == 0)
+                        .help(HostBridge::help(hosts.bridge))
+                        .key("update"));
+    if (state.updating == target) {
+        const CompanionHost copy = host;
+        lines.push_back(ui::confirmation(HostBridge::question(host.name), HostBridge::warning,
+                                         {ui::button(HostBridge::button,
+                                                     [model, s, copy, changed] {
+                                                         s->updating.reset();
+                                                         if (changed) changed();
+                                                         spawn(model->updateBridge(copy));
+                                                     })
+                                              .role(ui::Role::Primary),
+                                          ui::button("Cancel",
+                                                     [s, changed] {
+                                                         s->updating.reset();
+                                                         if (changed) changed();
+                                                     })
+                                              .role(ui::Role::Cancel)})
+                            .key("updateQuestion"));
+    }
+    return ui::vstack(std::move(lines)).key("bridgeBlock");
+}
+
+ui::Node removeBlock(Hosts& hosts, ComputersViewState& state, const CompanionHost& host,
+                     const std::function<void()>& changed) {
+    Hosts* model = &hosts;
+    ComputersViewState* s = &state;
+    const std::string target = host.target;
+    const bool terminal = host.forTerminal();
+    ui::Nodes lines{ui::button("Remove",
+                               [s, target, changed] {
+                                   s->removing = target;
+                                   if (changed) changed();
+                               })
+                        .role(ui::Role::Destructive)
+                        .enabled(!hosts.busy)
+                        .help(terminal ? "Ends its shells, takes this Mac's key off it if the companion put one there, "
+                                         "and forgets the computer here. Your phone stops listing it."
+                                       : "Stops the bridge there and deletes it, with the accounts copied to it, takes "
+                                         "this Mac's key off it if the companion put one there, and forgets the "
+                                         "computer here. Your phone stops listing it.")
+                        .key("remove")};
+    if (state.removing == target) {
+        const CompanionHost copy = host;
+        lines.push_back(
+            ui::confirmation("Remove this computer?",
+                             terminal ? "Its shells end, and this Mac's key comes off it if the companion put one there."
+                                      : "Its bridge stops and is deleted from it, with the accounts copied to it, and "
+                                        "this Mac's key comes off it if the companion put one there. Sessions there "
+                                        "are not touched.",
+                             {ui::button("Remove",
+                                         [model, s, copy, changed] {
+                                             s->removing.reset();
+                                             if (changed) changed();
+                                             spawn(model->remove(copy));
+                                         })
+                                  .role(ui::Role::Destructive),
+                              ui::button("Cancel",
+                                         [s, changed] {
+                                             s->removing.reset();
+                                             if (changed) changed();
+                                         })
+                                  .role(ui::Role::Cancel)})
+                .key("removeQuestion"));
+    }
+    return ui::vstack(std::move(lines)).key("removeBlock");
+}
+
+ui::Node card(Hosts& hosts, ComputersViewState& state, const CompanionHost& host, const std::function<void()>& changed) {
+    ui::Nodes lines{ui::row(host.name, host.line(), {}).key("row"), bridgeBlock(hosts, state, host, changed)};
+    // Nothing is installed on a Terminal only computer, so it has no sandboxes to speak of.
+    if (!host.forTerminal()) lines.push_back(HostSandboxRow::build(hosts, host));
+    lines.push_back(removeBlock(hosts, state, host, changed));
+    return ui::vstack(std::move(lines)).key("host:" + host.target);
+}
+
+} // namespace
+
+ui::Node build(Hosts& hosts, ComputersViewState& state, std::function<void()> changed) {
+    ui::Nodes rows{
+        ui::text("Any computer with an SSH server, Linux, macOS or FreeBSD, can run agents for your phone too, and "
+                 "keeps going while this Mac sleeps.")
+            .tone(ui::Tone::Dim)
+            .style(ui::TextStyle::Caption),
+        ui::text("Your phone opens a shell on any of them, through this Mac: Terminal, on the computer's card. One "
+                 "added as Terminal only, Windows too, gets nothing installed.")
+            .tone(ui::Tone::Dim)
+            .style(ui::TextStyle::Caption),
+    };
+    for (const auto& host : hosts.hosts) rows.push_back(card(hosts, state, host, changed));
+    if (!hosts.note.empty()) rows.push_back(ui::text(hosts.note).tone(ui::Tone::Danger).key("note"));
+    rows.push_back(SudoSheet::build(hosts, state, redraw(changed)));
+    return ui::section(title, std::move(rows)).key("computers");
+}
+
+} // namespace orvan::ComputersSection

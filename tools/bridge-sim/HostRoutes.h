@@ -1,0 +1,15 @@
+#pragma once
+// The computers' family of the local API: the list, test, add, remove, check, the Docker install,
+// the sandbox desktop there and the bridge's update.
+
+#include "Reply.h"
+#include "Sim.h"
+
+#include <string>
+
+namespace orvan::sim::HostRoutes {
+
+bool owns(const std::string& path);
+Reply answer(Sim& sim, const std::string& method, const std::string& path, const std::string& body, TimePoint now);
+
+} // namespace orvan::sim::HostRoutes
