@@ -62,11 +62,15 @@ Task<void> Accounts::refresh(int generation, bool useCurrent) {
     if (!answer.isHttp() || answer.status != 200) co_return;
     auto decoded = decodeJson<AccountsList>(answer.body);
     if (!decoded || !plan.accepts(generation)) co_return;
-    assign(list, std::move(decoded->accounts));
-    assign(chain, std::move(decoded->chain));
-    assign(autoSwitch, decoded->autoSwitch);
-    assign(found, std::move(decoded->found));
-    assign(awsProfiles, std::move(decoded->awsProfiles));
+    show(std::move(*decoded));
+}
+
+void Accounts::show(AccountsList decoded) {
+    assign(list, std::move(decoded.accounts));
+    assign(chain, std::move(decoded.chain));
+    assign(autoSwitch, decoded.autoSwitch);
+    assign(found, std::move(decoded.found));
+    assign(awsProfiles, std::move(decoded.awsProfiles));
     assign(loaded, true);
     // A sign-in that landed ends its "finish in Terminal" note at once.
     std::set<std::string> stillWaiting;

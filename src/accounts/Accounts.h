@@ -4,7 +4,9 @@
 // this model asks, and says in one sentence what did not happen.
 
 #include "accounts/AccountWords.h"
+#include "accounts/AccountsList.h"
 #include "accounts/AccountsRefresh.h"
+#include "accounts/BedrockModels.h"
 #include "accounts/CompanionAccount.h"
 #include "accounts/FoundLogin.h"
 #include "accounts/UsageList.h"
@@ -12,11 +14,13 @@
 #include "foundation/Carryover.h"
 #include "foundation/Observable.h"
 #include "platform/LocalApi.h"
+#include "platform/Terminal.h"
 
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace orvan {
@@ -26,6 +30,8 @@ struct AccountsSetup {
     Environment environment;
     // The current user's home folder, read once.
     std::string userHome;
+    // Where a sign-in runs; none means no terminal can be opened.
+    Terminal* terminal = nullptr;
 };
 
 class Accounts final : public Observable {
@@ -52,6 +58,13 @@ public:
     std::optional<UsageList> usage;
     bool usageBusy = false;
     std::string usageNote;
+    // The bridge's auto-resume switch: absent until read, and while this bridge keeps no such setting.
+    std::optional<bool> autoResume;
+    bool autoResumeUnsupported = false;
+    std::string autoResumeNote;
+    // By account id: the line a sign-in would have run, kept when this session can show no terminal
+    // window, so the text view can hand it to the owner for another shell. Never holds a secret.
+    std::map<std::string, std::string> signInLine;
 
     // Not published.
     std::string userHome;
@@ -69,6 +82,18 @@ public:
     Task<void> replaceKey(CompanionAccount account, Texts fields);
     Task<bool> rename(std::string id, std::string label);
     Task<void> remove(CompanionAccount account);
+    // Answers the sentence that refuses, or nothing when saved.
+    Task<std::optional<std::string>> saveBedrock(std::string id, Json settings);
+    // The listed models, or the sentence that says why there are none.
+    Task<std::variant<std::vector<BedrockModel>, std::string>> bedrockModels(Json body);
+    Task<void> signIn(CompanionAccount account);
+    Task<void> makeToken(CompanionAccount account);
+
+    // The fallback order: shown at once, and only the last save started has a say on the screen.
+    Task<void> saveOrder(std::vector<std::string> chain, bool autoSwitch);
+
+    Task<void> readAutoResume();
+    Task<void> setAutoResume(bool on);
 
     // Both lists at once; the section's first read, and the read after a change that moves meters.
     Task<void> refreshAll(bool fresh);
@@ -78,6 +103,8 @@ public:
     void cancelReads();
 
 private:
+    void show(AccountsList decoded);
+    void setRowNote(const std::string& id, std::optional<std::string> sentence);
     Task<HttpAnswer> send(std::string path, std::optional<Json> body, Duration timeout);
     void launchUsage(const std::optional<UsageReadStep>& step);
     Task<void> performUsageRead(bool fresh, int run, int generation, Cancel task);

@@ -3,6 +3,8 @@
 #include "accounts/AccountDetailSheet.h"
 #include "accounts/AccountProvider.h"
 #include "accounts/AccountWords.h"
+#include "accounts/AddAccountSheet.h"
+#include "accounts/PortableToken.h"
 #include "accounts/AccountsListing.h"
 
 #include <algorithm>
@@ -81,15 +83,20 @@ ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std:
                             .key("open"));
         for (auto& words : rowWords(accounts, row, now)) lines.push_back(std::move(words));
         if (accounts.waiting.count(row.id)) lines.push_back(ui::text(waitingWords).tone(ui::Tone::Accent));
+        if (accounts.making.count(row.id)) lines.push_back(ui::text(PortableToken::waiting).tone(ui::Tone::Accent));
         if (auto note = accounts.rowNote.find(row.id); note != accounts.rowNote.end())
             lines.push_back(ui::text(note->second).tone(ui::Tone::Danger).key("rowNote"));
         rows.push_back(ui::vstack(std::move(lines)).key("account:" + row.id));
     }
     if (!accounts.note.empty()) rows.push_back(ui::text(accounts.note).tone(ui::Tone::Danger).key("note"));
-    // Adding has its own sheet; until it is here the button says what it will do and stays off.
     rows.push_back(ui::hstack({
-        ui::button("Add an account…", [] {})
-            .enabled(false)
+        ui::button("Add an account…",
+                   [model, s, changed] {
+                       AddAccountSheet::open(*s, *model);
+                       if (changed) changed();
+                   })
+            .enabled(!accounts.busy)
+            .key("add")
             .help("Adopt a login already on this Mac, sign in with a new one in Terminal, add an API key, or use "
                   "Claude on Amazon Bedrock."),
         ui::button(accounts.usageBusy ? "Checking…" : "Check again", [model] { model->readUsage(true); })
@@ -99,6 +106,7 @@ ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std:
     }).key("actions"));
     if (!accounts.usageNote.empty()) rows.push_back(ui::text(accounts.usageNote).tone(ui::Tone::Danger).key("usageNote"));
     rows.push_back(AccountDetailSheet::build(accounts, state, now, changed));
+    rows.push_back(AddAccountSheet::build(accounts, state, changed));
     return ui::section(title, lead, std::move(rows)).key("accounts");
 }
 

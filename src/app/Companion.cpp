@@ -40,7 +40,7 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     setup.lid = &lidWake_;
     api_ = std::make_unique<QtLocalApi>(QString::fromStdString("http://" + setup.host + ":" + std::to_string(setup.port)));
     bridge_ = std::make_unique<Bridge>(*api_, clock_, processes_, std::move(setup));
-    accounts_ = std::make_unique<Accounts>(*api_, clock_, AccountsSetup{environment_, userHome(environment_)});
+    accounts_ = std::make_unique<Accounts>(*api_, clock_, AccountsSetup{environment_, userHome(environment_), &terminal_});
     sandboxes_ = std::make_unique<Sandboxes>(*api_, clock_, environment_);
     tunnel_ = std::make_unique<Tunnel>(*api_, clock_, environment_);
     hosts_ = std::make_unique<Hosts>(*api_, clock_, environment_);
@@ -51,6 +51,8 @@ void Companion::startDesk() {
     // whenever a bridge starts answering: at the start, and again after a bridge came back.
     bridgeReady_ = bridge_->observe([this] {
         if (bridge_->ready && !accountsRead_) spawn(accounts_->refreshAll(false));
+        // The auto-resume switch stands beside the accounts and is read with them.
+        if (bridge_->ready && !accountsRead_) spawn(accounts_->readAutoResume());
         accountsRead_ = bridge_->ready;
         // The Sandboxes section is always in the window, so its poll runs from the first answer on;
         // a bridge that goes away costs it only failed reads until it is back.

@@ -8,6 +8,7 @@
 #include "computers/Hosts.h"
 #include "connections/LidWake.h"
 #include "connections/Tunnel.h"
+#include "platform/linux/LinuxTerminal.h"
 #include "platform/linux/LogindPower.h"
 #include "platform/linux/PosixProcesses.h"
 #include "platform/linux/QtClock.h"
@@ -64,6 +65,8 @@ private:
     QtClock clock_;
     PosixProcesses processes_;
     XdgAutostart login_;
+    // Where an account's sign-in runs.
+    LinuxTerminal terminal_{environment_};
     LogindPower power_;
     LidWake lidWake_{power_};
     std::unique_ptr<QtLocalApi> api_;

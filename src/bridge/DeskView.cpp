@@ -1,6 +1,8 @@
 #include "bridge/DeskView.h"
 
 #include "accounts/AccountsSection.h"
+#include "accounts/AutoResumeSection.h"
+#include "accounts/FallbackOrderSection.h"
 #include "bridge/EnvironmentsSection.h"
 #include "appearance/AppearanceSection.h"
 #include "bridge/RemoteWords.h"
@@ -111,8 +113,11 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
         card.push_back(ConnectionsSection::build(*context.tunnel, state.connections, context.changed));
     if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));
     if (context.hosts) card.push_back(ComputersSection::build(*context.hosts, state.computers, context.changed));
-    if (context.accounts)
+    if (context.accounts) {
         card.push_back(AccountsSection::build(*context.accounts, state.accounts, now, context.changed, context.wordsChange));
+        card.push_back(FallbackOrderSection::build(*context.accounts));
+        card.push_back(AutoResumeSection::build(*context.accounts));
+    }
     card.push_back(EnvironmentsSection::build(bridge));
     if (context.themes) card.push_back(AppearanceSection::build(*context.themes));
     card.push_back(loginRow(bridge));

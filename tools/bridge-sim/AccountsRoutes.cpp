@@ -16,6 +16,9 @@ namespace {
 
 constexpr const char* base = "/companion/accounts";
 constexpr const char* usagePath = "/companion/accounts/usage";
+constexpr const char* chainPath = "/companion/accounts/chain";
+constexpr const char* modelsPath = "/companion/bedrock/models";
+constexpr const char* limitsPath = "/companion/limits";
 
 // One process serves one bridge, and the server's lock guards every call, so the accounts live
 // here rather than in the shared state that other families reset.
@@ -55,7 +58,9 @@ Reply write(const std::string& body, const std::function<Reply(const json&)>& ac
 
 } // namespace
 
-bool owns(const std::string& path) { return path == base || path.rfind(std::string(base) + "/", 0) == 0; }
+bool owns(const std::string& path) {
+    return path == base || path.rfind(std::string(base) + "/", 0) == 0 || path == modelsPath || path == limitsPath;
+}
 
 Reply answer(Sim& sim, const std::string& method, const std::string& full, const std::string& body, TimePoint now) {
     AccountsState& s = state(now);
@@ -68,6 +73,20 @@ Reply answer(Sim& sim, const std::string& method, const std::string& full, const
         if (!sim.misbehaviour.faultFor(usagePath).any()) sim.misbehaviour.slow(usagePath, usageSeconds);
     }
     const bool read = method == "GET" || method == "HEAD";
+    s.settle(now);
+    if (path == limitsPath) {
+        if (read) return s.limits(nullptr);
+        if (method == "POST") return write(body, [&](const json& b) { return s.limits(&b); });
+        return Reply::message(405, method + " is not how " + path + " is used.");
+    }
+    if (path == modelsPath) {
+        if (method != "POST") return Reply::message(405, method + " is not how " + path + " is used.");
+        return write(body, [&](const json& b) { return s.bedrockModels(b); });
+    }
+    if (path == chainPath) {
+        if (method != "POST") return Reply::message(405, method + " is not how " + path + " is used.");
+        return write(body, [&](const json& b) { return s.setChain(b); });
+    }
     if (path == base) {
         if (read) return Reply::json(200, s.list());
         if (method == "POST") return write(body, [&](const json& b) { return s.add(b); });
@@ -84,12 +103,17 @@ Reply answer(Sim& sim, const std::string& method, const std::string& full, const
         return Reply::message(404, "Nothing is served at " + path + ".");
     std::string id = percentDecoded(rest.substr(0, slash));
     std::string verb = rest.substr(slash + 1);
-    if (verb != "label" && verb != "remove" && verb != "key")
+    if (verb != "label" && verb != "remove" && verb != "key" && verb != "login" && verb != "portable" &&
+        verb != "bedrock")
         return Reply::message(404, "Nothing is served at " + path + ".");
+    if (verb == "portable" && read) return s.portable(id, false);
     if (method != "POST") return Reply::message(405, method + " is not how " + path + " is used.");
     return write(body, [&](const json& b) {
         if (verb == "label") return s.setLabel(id, b);
         if (verb == "remove") return s.remove(id, b);
+        if (verb == "login") return s.login(id, now);
+        if (verb == "portable") return s.portable(id, true);
+        if (verb == "bedrock") return s.setBedrock(id, b);
         return s.setKey(id, b);
     });
 }

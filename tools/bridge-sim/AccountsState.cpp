@@ -54,6 +54,10 @@ AccountsState AccountsState::seeded(TimePoint now, const std::string& dataFolder
     s.accounts[2].threadComing = true;
     s.chain = {"acc-work", "acc-ci"};
     s.nextId = 1;
+    s.dataFolder = dataFolder;
+    s.found = json::array({{{"provider", "codex"}, {"default", true}, {"signedIn", true}},
+                           {{"provider", "gemini"}, {"home", "/home/owner/.gemini-side"}, {"signedIn", false}},
+                           {{"provider", "grok"}, {"default", false}}});
     return s;
 }
 
@@ -88,10 +92,8 @@ json AccountsState::list() const {
     return {{"accounts", rows},
             {"chain", chain},
             {"autoSwitch", autoSwitch},
-            {"found", json::array({{{"provider", "codex"}, {"default", true}, {"signedIn", true}},
-                                   {{"provider", "gemini"}, {"home", "/home/owner/.gemini-side"}, {"signedIn", false}},
-                                   {{"provider", "grok"}, {"default", false}}})},
-            {"awsProfiles", json::array({"default", "dev"})},
+            {"found", found},
+            {"awsProfiles", awsProfiles},
             // Counts for tests of the simulator; the companion reads no such key.
             {"simulator", {{"usageReads", usageReads}, {"vendorReads", vendorReads}, {"freshAsked", freshAsked}}}};
 }
@@ -153,15 +155,57 @@ json AccountsState::usage(bool fresh, TimePoint now) {
 }
 
 Reply AccountsState::add(const json& body) {
-    std::string kind = body.value("kind", "");
-    std::string provider = body.value("provider", "");
+    auto text = [&](const char* key) {
+        return body.contains(key) && body[key].is_string() ? body[key].get<std::string>() : std::string();
+    };
+    std::string kind = text("kind");
+    std::string provider = text("provider");
     if (provider.empty() || kind.empty()) return Reply::message(400, "Give a provider and a kind.");
     SimAccount a;
-    a.id = "acc-new-" + std::to_string(nextId++);
+    a.id = "acc-new-" + std::to_string(nextId);
     a.provider = provider;
     a.kind = kind;
-    a.label = trimmed(body.value("label", ""));
-    a.status = kind == "apikey" ? "missing_key" : "needs_login";
+    a.label = trimmed(text("label"));
+    if (a.label.empty() || characters(a.label) > 40) return Reply::message(400, "A label is 1 to 40 characters.");
+    if (kind == "apikey") {
+        a.status = "missing_key";
+    } else if (kind == "login") {
+        std::string home = text("home");
+        if (home.empty()) {
+            a.status = "needs_login";
+            a.home = dataFolder + "/accounts/" + provider + "-" + std::to_string(nextId);
+            a.made = true;
+        } else {
+            // Adopting: the login must be one the machine has and no account uses yet.
+            auto login = std::find_if(found.begin(), found.end(), [&](const json& f) {
+                bool isDefault = f.value("default", false);
+                return f.value("provider", "") == provider && (isDefault ? home == "default" : f.value("home", "") == home);
+            });
+            if (login == found.end()) return Reply::message(404, "That login is not on this computer.");
+            a.isDefault = home == "default";
+            a.home = a.isDefault ? "" : home;
+            a.status = login->value("signedIn", false) ? "ready" : "needs_login";
+            found.erase(login);
+        }
+    } else if (kind == "bedrock") {
+        std::string auth = text("auth");
+        json bedrock = {{"region", text("region")}, {"model", text("model")}, {"auth", auth}};
+        if (text("region").empty()) return Reply::message(400, "Give a region.");
+        if (auth == "apikey" && text("key").empty()) return Reply::message(400, "That key is empty.");
+        if (auth == "keys" && (text("accessKeyId").empty() || text("secretAccessKey").empty()))
+            return Reply::message(400, "Give an access key ID and its secret.");
+        if (auth == "profile") {
+            if (std::find(awsProfiles.begin(), awsProfiles.end(), text("profile")) == awsProfiles.end())
+                return Reply::message(400, "There is no such AWS profile.");
+            bedrock["profile"] = text("profile");
+        }
+        if (auth != "apikey" && auth != "keys" && auth != "profile") return Reply::message(400, "Give a way to sign in.");
+        a.bedrock = bedrock;
+        a.status = "ready";
+    } else {
+        return Reply::message(400, "There is no such kind of account.");
+    }
+    ++nextId;
     accounts.push_back(a);
     return Reply::json(201, json{{"account", row(a)}});
 }
@@ -197,11 +241,98 @@ Reply AccountsState::remove(const std::string& id, const json& body) {
 Reply AccountsState::setKey(const std::string& id, const json& body) {
     SimAccount* a = find(id);
     if (!a) return Reply::message(404, "There is no such account.");
-    bool keys = body.contains("accessKeyID") && body["accessKeyID"].is_string();
+    bool keys = (body.contains("accessKeyId") && body["accessKeyId"].is_string()) ||
+                (body.contains("accessKeyID") && body["accessKeyID"].is_string());
     bool key = body.contains("key") && body["key"].is_string() && !trimmed(body["key"].get<std::string>()).empty();
     if (!key && !keys) return Reply::message(400, "That key is empty.");
     a->status = "ready";
     return Reply::done();
+}
+
+void AccountsState::settle(TimePoint now) {
+    for (auto& a : accounts)
+        if (a.signedInAt && now >= *a.signedInAt) {
+            a.signedInAt.reset();
+            a.status = "ready";
+        }
+}
+
+Reply AccountsState::login(const std::string& id, TimePoint now) {
+    SimAccount* a = find(id);
+    if (!a) return Reply::message(404, "There is no such account.");
+    if (a->kind != "login") return Reply::message(400, "Only a login signs in.");
+    // A harmless stand-in for a vendor's sign-in: it says what it would sign in, and where.
+    json command = {{"argv", json::array({"/bin/sh", "-c", "printf 'Signed in to %s in %s.\\n' \"$1\" \"${ORVAN_ACCOUNT_HOME:-the default login}\"",
+                                         "orvan-sign-in", a->label})}};
+    json env = json::object();
+    if (!a->isDefault && !a->home.empty()) env["ORVAN_ACCOUNT_HOME"] = a->home;
+    command["env"] = env;
+    a->signedInAt = now + std::chrono::seconds(signInSeconds);
+    return Reply::json(200, command);
+}
+
+Reply AccountsState::portable(const std::string& id, bool start) {
+    SimAccount* a = find(id);
+    if (!a) return Reply::message(404, "There is no such account.");
+    if (a->provider != "claude" || a->kind != "login") return Reply::message(400, "Only a Claude login makes a token.");
+    if (start) a->portableLeft = portablePolls;
+    if (a->portableLeft < 0) return Reply::json(200, json{{"state", "failed"}, {"message", "No token is being made."}});
+    if (a->portableLeft == 0 || a->portable) {
+        a->portable = true;
+        return Reply::json(200, json{{"state", "ready"}});
+    }
+    if (!start) --a->portableLeft;
+    return Reply::json(200, json{{"state", "waiting"}});
+}
+
+Reply AccountsState::setBedrock(const std::string& id, const json& body) {
+    SimAccount* a = find(id);
+    if (!a) return Reply::message(404, "There is no such account.");
+    if (a->kind != "bedrock" || !a->bedrock) return Reply::message(400, "That account does not use Amazon Bedrock.");
+    if (!body.contains("region") || !body["region"].is_string() || body["region"].get<std::string>().empty())
+        return Reply::message(400, "Give a region.");
+    (*a->bedrock)["region"] = body["region"];
+    (*a->bedrock)["model"] = body.contains("model") && body["model"].is_string() ? body["model"] : json("");
+    return Reply::done();
+}
+
+Reply AccountsState::bedrockModels(const json& body) {
+    std::string region = body.contains("region") && body["region"].is_string() ? body["region"].get<std::string>() : "";
+    if (region.empty()) return Reply::message(400, "Give a region.");
+    if (body.contains("account")) {
+        SimAccount* a = body["account"].is_string() ? find(body["account"].get<std::string>()) : nullptr;
+        if (!a || a->kind != "bedrock") return Reply::message(404, "There is no such Bedrock account.");
+    }
+    // A region where Claude is not enabled lists nothing.
+    if (region == "eu-north-1") return Reply::json(200, json{{"models", json::array()}});
+    return Reply::json(200, json{{"models", json::array({
+                                      {{"id", "us.anthropic.claude-sonnet-4-5-20250929-v1:0"}, {"name", "Claude Sonnet 4.5"}},
+                                      {{"id", "us.anthropic.claude-opus-4-1-20250805-v1:0"}, {"name", "Claude Opus 4.1"}},
+                                      {{"id", "anthropic.claude-3-haiku-20240307-v1:0"}},
+                                      // A row an older bridge sends without an id: left out.
+                                      {{"name", "No id"}},
+                                  })}});
+}
+
+Reply AccountsState::setChain(const json& body) {
+    if (!body.contains("chain") || !body["chain"].is_array() || !body.contains("autoSwitch") ||
+        !body["autoSwitch"].is_boolean())
+        return Reply::message(400, "Give a \"chain\" and \"autoSwitch\".");
+    std::vector<std::string> next;
+    for (const auto& id : body["chain"])
+        if (id.is_string()) next.push_back(id.get<std::string>());
+    chain = next;
+    autoSwitch = body["autoSwitch"].get<bool>();
+    return Reply::json(200, list());
+}
+
+Reply AccountsState::limits(const json* body) {
+    if (body) {
+        if (!body->contains("autoResume") || !(*body)["autoResume"].is_boolean())
+            return Reply::message(400, "Give \"autoResume\" as true or false.");
+        autoResume = (*body)["autoResume"].get<bool>();
+    }
+    return Reply::json(200, json{{"autoResume", autoResume}});
 }
 
 } // namespace orvan::sim

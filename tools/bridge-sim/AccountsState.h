@@ -28,6 +28,8 @@ struct SimAccount {
     int threads = 0;
     // A thread that starts on it after the list was read: the next removal without `anyway` meets it.
     bool threadComing = false;
+    std::optional<TimePoint> signedInAt = std::nullopt;
+    int portableLeft = -1;
 };
 
 struct AccountsState {
@@ -41,6 +43,15 @@ struct AccountsState {
     int usageReads = 0;
     int freshAsked = 0;
     int nextId = 1;
+    // Logins on the machine that no account uses; adopting one takes it off this list.
+    nlohmann::json found = nlohmann::json::array();
+    std::vector<std::string> awsProfiles{"default", "dev"};
+    bool autoResume = false;
+    std::string dataFolder;
+    // A sign-in in a terminal counts as finished this long after the command was handed out.
+    static constexpr int signInSeconds = 3;
+    // A token for other computers is ready after this many polls.
+    static constexpr int portablePolls = 2;
 
     static AccountsState seeded(TimePoint now, const std::string& dataFolder);
 
@@ -51,6 +62,14 @@ struct AccountsState {
     Reply setLabel(const std::string& id, const nlohmann::json& body);
     Reply remove(const std::string& id, const nlohmann::json& body);
     Reply setKey(const std::string& id, const nlohmann::json& body);
+    Reply login(const std::string& id, TimePoint now);
+    Reply portable(const std::string& id, bool start);
+    Reply setBedrock(const std::string& id, const nlohmann::json& body);
+    Reply bedrockModels(const nlohmann::json& body);
+    Reply setChain(const nlohmann::json& body);
+    Reply limits(const nlohmann::json* body);
+    // Sign-ins whose time has come turn ready.
+    void settle(TimePoint now);
 
 private:
     SimAccount* find(const std::string& id);
