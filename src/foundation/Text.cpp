@@ -72,19 +72,26 @@ bool isValidUtf8(std::string_view text) {
 }
 
 std::string toValidUtf8(std::string_view text) {
+    // Almost every text is valid, so runs of good bytes are copied whole and only a bad sequence
+    // costs a step of its own.
     std::string out;
     out.reserve(text.size());
     int32_t i = 0;
+    int32_t run = 0;
     const int32_t size = static_cast<int32_t>(text.size());
     while (i < size) {
-        int32_t start = i;
-        UChar32 c = next(text, i);
-        if (c < 0) {
+        if (static_cast<unsigned char>(text[static_cast<size_t>(i)]) < 0x80) {
+            ++i;
+            continue;
+        }
+        const int32_t start = i;
+        if (next(text, i) < 0) {
+            out.append(text.substr(static_cast<size_t>(run), static_cast<size_t>(start - run)));
             out += "\xEF\xBF\xBD";
-        } else {
-            out.append(text.substr(static_cast<size_t>(start), static_cast<size_t>(i - start)));
+            run = i;
         }
     }
+    out.append(text.substr(static_cast<size_t>(run)));
     return out;
 }
 

@@ -3,6 +3,7 @@
 #include "foundation/Text.h"
 #include "ui/HalfBlocks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <unordered_map>
@@ -18,6 +19,8 @@ namespace {
 // layout of the text (or a terminal that shows it). C1 controls are escapes to a terminal too,
 // and the bidirectional overrides and isolates could make a name read as something else.
 std::string clean(std::string_view words) {
+    // Most words are plain printable ASCII and pass as they are.
+    if (std::all_of(words.begin(), words.end(), [](char c) { return c >= 0x20 && c < 0x7f; })) return std::string(words);
     const std::string valid = Text::toValidUtf8(words);
     std::string out;
     out.reserve(valid.size());

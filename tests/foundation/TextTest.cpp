@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+#include <vector>
+
 namespace orvan {
 namespace {
 
@@ -52,7 +55,13 @@ TEST(Utf8, ValidityAndRepair) {
     EXPECT_FALSE(Text::isValidUtf8("\xC3\x28"));
     EXPECT_FALSE(Text::isValidUtf8("\xED\xA0\x80")); // a surrogate written as UTF-8
     EXPECT_FALSE(Text::isValidUtf8("\xF0\x9F\x98")); // cut short
-    EXPECT_EQ(Text::toValidUtf8("a\xFF" "b"), "a\xEF\xBF\xBD" "b");
+    // Good runs on either side of a bad sequence keep their bytes, a cut-short one at the end too.
+    for (const auto& [in, out] : std::vector<std::pair<std::string, std::string>>{
+             {"a\xFF" "b", "a\xEF\xBF\xBD" "b"},
+             {"\xE2\x82\xAC ok \xC3\x28 \xE2\x82\xAC", "\xE2\x82\xAC ok \xEF\xBF\xBD( \xE2\x82\xAC"},
+             {"end \xF0\x9F\x98", "end \xEF\xBF\xBD"},
+             {"", ""}})
+        EXPECT_EQ(Text::toValidUtf8(in), out) << in;
     EXPECT_TRUE(Text::isValidUtf8(Text::toValidUtf8("\xF0\x9F\x98\xC3\x28\xED\xA0\x80")));
 }
 
