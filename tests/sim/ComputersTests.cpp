@@ -122,6 +122,10 @@ TEST(SimComputers, TestTrustAddUpdateRemoveAndABrokenRow) {
     EXPECT_EQ(sim.post("/companion/hosts/remove", {{"target", "pi"}})->status, 404);
     EXPECT_EQ(body(sim.get("/companion/hosts"))["hosts"].size(), 5u);
 
+    // A well-formed list with one key of the wrong type, for the companion to refuse whole.
+    ASSERT_EQ(sim.post("/_sim/wrong-type", {{"path", "/companion/hosts"}})->status, 204);
+    EXPECT_EQ(body(sim.get("/companion/hosts"))["ssh"], "pi");
+
     SimProcess broken({}, {{"ORVAN_SIM_HOSTS", "badrow"}});
     ASSERT_TRUE(broken.ready());
     json rows = body(broken.get("/companion/hosts"))["hosts"];

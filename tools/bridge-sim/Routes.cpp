@@ -86,6 +86,7 @@ std::string wrongShape(const std::string& path) {
     if (path == "/companion/status") return R"({"name":"This Mac","on":"yes","phones":[]})";
     if (path == "/local/devices") return R"({"devices":{"id":"not-a-list"}})";
     if (path == "/healthz") return R"(["ok"])";
+    if (path == "/companion/hosts") return R"({"hosts":[],"ssh":"pi","bridge":"1.8.2"})";
     return R"(["this", "is", "not", "an", "object"])";
 }
 
