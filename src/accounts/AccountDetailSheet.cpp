@@ -4,6 +4,7 @@
 #include "accounts/AccountSheets.h"
 #include "accounts/AddAccountSheet.h"
 #include "accounts/PortableToken.h"
+#include "accounts/UsageReading.h"
 #include "accounts/AccountWords.h"
 #include "accounts/AccountsListing.h"
 #include "accounts/AccountsSection.h"
@@ -131,6 +132,29 @@ ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std:
         return BedrockSettingsSheet::build(accounts, state, *row->account, changed);
 
     ui::Nodes body = AccountsSection::rowWords(accounts, *row, now);
+    {
+        auto reading = AccountsListing::reading(*row, now, accounts.place);
+        if (reading.checked)
+            body.push_back(ui::text(*reading.checked)
+                               .tone(reading.freshness == ReadinessFreshness::Freshness::fresh ? ui::Tone::Dim
+                                                                                                : ui::Tone::Warning)
+                               .style(ui::TextStyle::Caption)
+                               .key("checked"));
+        if (row->usage.plan) body.push_back(ui::text("Plan: " + UsageWords::plan(*row->usage.plan)).tone(ui::Tone::Dim));
+        if (!row->usage.id.empty()) {
+            body.push_back(ui::text("Today: " + UsageWords::counts(row->usage.today)).tone(ui::Tone::Dim).key("today"));
+            for (const auto& day : row->usage.days)
+                for (const auto& hit : day.limits)
+                    body.push_back(ui::text(UsageWords::day(day.day, now, accounts.place) + ": " +
+                                            (hit.text ? *hit.text + " · " : std::string()) +
+                                            UsageWords::limit(hit, now, accounts.place))
+                                       .tone(ui::Tone::Dim)
+                                       .style(ui::TextStyle::Caption));
+            body.push_back(ui::text(std::string(UsageWords::threadsFooter) + " " + UsageWords::costFooter)
+                               .tone(ui::Tone::Dim)
+                               .style(ui::TextStyle::Caption));
+        }
+    }
     if (row->usage.id.empty())
         body.push_back(ui::text(accounts.usageBusy ? "Reading its usage…"
                                                    : "Its usage has not been read yet. Choose Check again in Accounts.")

@@ -6,6 +6,7 @@
 #include "foundation/Text.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <map>
 #include <memory>
 #include <tuple>
@@ -48,7 +49,7 @@ icu::SimpleDateFormat* formatter(const Place& place, const char* skeleton) {
     return made.emplace(key, std::move(format)).first->second.get();
 }
 
-bool sameDay(TimePoint a, TimePoint b, const Place& place) {
+bool sameCalendarDay(TimePoint a, TimePoint b, const Place& place) {
     thread_local std::map<std::pair<std::string, std::string>, std::unique_ptr<icu::Calendar>> calendars;
     UErrorCode error = U_ZERO_ERROR;
     auto& calendar = calendars[{place.locale, place.timeZone}];
@@ -99,6 +100,37 @@ std::string threadWords(int threads) {
 }
 
 } // namespace
+
+std::string formatted(TimePoint when, const Place& place, const char* skeleton) {
+    icu::SimpleDateFormat* format = formatter(place, skeleton);
+    if (!format) return "";
+    icu::UnicodeString out;
+    format->format(icuMillis(when), out);
+    std::string text;
+    out.toUTF8String(text);
+    return text;
+}
+
+bool sameDay(TimePoint a, TimePoint b, const Place& place) { return orvan::AccountWords::sameCalendarDay(a, b, place); }
+
+std::optional<TimePoint> calendarDay(const std::string& text, const Place& place) {
+    int year = 0, month = 0, day = 0;
+    char tail = 0;
+    if (text.size() != 10 || text[4] != '-' || text[7] != '-' ||
+        std::sscanf(text.c_str(), "%4d-%2d-%2d%c", &year, &month, &day, &tail) != 3)
+        return std::nullopt;
+    for (std::size_t i : {0u, 1u, 2u, 3u, 5u, 6u, 8u, 9u})
+        if (text[i] < '0' || text[i] > '9') return std::nullopt;
+    UErrorCode error = U_ZERO_ERROR;
+    std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(zone(place.timeZone), icu::Locale("en_US_POSIX"), error));
+    if (U_FAILURE(error)) return std::nullopt;
+    calendar->setLenient(false);
+    calendar->clear();
+    calendar->set(year, month - 1, day, 12, 0, 0);
+    UDate noon = calendar->getTime(error);
+    if (U_FAILURE(error)) return std::nullopt;
+    return TimePoint(std::chrono::duration_cast<TimePoint::duration>(std::chrono::milliseconds(static_cast<long long>(noon))));
+}
 
 Place placeFrom(const Environment& environment) {
     Place place;

@@ -24,6 +24,12 @@ struct Place {
 // From LC_ALL, else LC_TIME, else LANG ("de_DE.UTF-8@euro" reads "de_DE"); "C" and "POSIX" read "en_US".
 Place placeFrom(const Environment& environment);
 
+// The locale's form of an ICU skeleton ("jmm", "EEEMMMd") in the place's time zone; "" when ICU can't.
+std::string formatted(TimePoint when, const Place& place, const char* skeleton);
+bool sameDay(TimePoint a, TimePoint b, const Place& place);
+// Noon of a calendar day ("yyyy-MM-dd", Gregorian) in the place's time zone; absent for other text.
+std::optional<TimePoint> calendarDay(const std::string& text, const Place& place);
+
 std::string kind(const std::string& kind);
 std::string kindLine(const CompanionAccount& account);
 // For a Bedrock row only; "" for the others.

@@ -6,6 +6,8 @@
 #include "accounts/AddAccountSheet.h"
 #include "accounts/PortableToken.h"
 #include "accounts/AccountsListing.h"
+#include "accounts/UsageReading.h"
+#include "accounts/UsageWords.h"
 
 #include <algorithm>
 
@@ -45,12 +47,25 @@ ui::Nodes rowWords(const Accounts& accounts, const AccountRowModel& row, TimePoi
                             .style(ui::TextStyle::Caption));
         if (a.isBedrock()) words.push_back(ui::text(AccountWords::bedrockModel(a)).tone(ui::Tone::Dim).style(ui::TextStyle::Caption));
     } else {
-        words.push_back(ui::text(AccountProviders::name(row.provider) + " · " + AccountWords::kind(row.kind))
+        words.push_back(ui::text(AccountProviders::name(row.provider) + " · " + UsageWords::macLogin)
                             .tone(ui::Tone::Dim)
                             .style(ui::TextStyle::Caption));
     }
-    for (const auto& meter : meters(row))
-        words.push_back(ui::progress(std::clamp(meter.usedPercent / 100.0, 0.0, 1.0), meter.name).key("meter:" + meter.name));
+    for (const auto& meter : meters(row)) {
+        MeterBar bar = MeterBar::of(meter, now, accounts.place);
+        words.push_back(ui::progress(bar.fraction, bar.label).key("meter:" + meter.name));
+        auto at = meter.resetsAt ? AccountWords::date(*meter.resetsAt) : std::nullopt;
+        if (auto resets = UsageWords::resets(at, now, accounts.place))
+            words.push_back(ui::text(*resets)
+                                .tone(bar.level == UsageWords::Level::room ? ui::Tone::Dim : ui::Tone::Warning)
+                                .style(ui::TextStyle::Caption));
+    }
+    if (meters(row).empty()) {
+        auto reading = AccountsListing::reading(row, now, accounts.place);
+        if (reading.line) words.push_back(ui::text(*reading.line).tone(ui::Tone::Dim).style(ui::TextStyle::Caption));
+    }
+    if (auto week = AccountsListing::week(row))
+        words.push_back(ui::text(*week).tone(ui::Tone::Dim).style(ui::TextStyle::Caption).key("week"));
     return words;
 }
 
@@ -107,7 +122,7 @@ ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std:
     if (!accounts.usageNote.empty()) rows.push_back(ui::text(accounts.usageNote).tone(ui::Tone::Danger).key("usageNote"));
     rows.push_back(AccountDetailSheet::build(accounts, state, now, changed));
     rows.push_back(AddAccountSheet::build(accounts, state, changed));
-    return ui::section(title, lead, std::move(rows)).key("accounts");
+    return ui::section(title, lead, std::move(rows)).footer(UsageWords::planFooter).key("accounts");
 }
 
 } // namespace orvan::AccountsSection

@@ -46,3 +46,53 @@ std::string label(std::string_view status, std::string_view kind, const std::opt
 }
 
 } // namespace orvan::ReadinessWords
+
+namespace orvan::ReadinessWords {
+
+std::string ReadinessPlace::phrase() const {
+    switch (kind) {
+    case Kind::thisMac: return "this Mac";
+    case Kind::unknown: return "this computer";
+    case Kind::computer: {
+        std::string trimmed = Text::trimmed(name);
+        return trimmed.empty() ? std::string("this computer") : trimmed;
+    }
+    }
+    return "this computer";
+}
+
+std::optional<std::string> detail(std::string_view status, std::string_view provider, std::string_view,
+                                  const ReadinessPlace& place) {
+    const std::string where = place.phrase();
+    if (status == "not_installed") {
+        if (provider == "claude") return "Needs Node.js (npx) on " + where + ".";
+        std::string spaced(provider);
+        std::replace(spaced.begin(), spaced.end(), '_', ' ');
+        std::string name = firstUpper(Text::trimmed(spaced));
+        if (name.empty()) return "Needs its command on " + where + ".";
+        return "Needs the " + name + " command on " + where + ".";
+    }
+    if (status == "needs_login") return "Sign in on " + where + ".";
+    if (status == "missing_key") return "Add it in Accounts on " + where + ".";
+    if (status == "missing_profile") return "That AWS profile is not on " + where + ".";
+    return std::nullopt;
+}
+
+} // namespace orvan::ReadinessWords
+
+namespace orvan::ReadinessFreshness {
+
+Freshness freshness(const std::optional<std::string>& checked, TimePoint now) {
+    if (!checked || checked->empty()) return Freshness::unknown;
+    // Something like a time: a date, a "T", and digits around it.
+    if (checked->size() < 20 || (*checked)[4] != '-' || (*checked)[10] != 'T') return Freshness::unknown;
+    auto when = AccountWords::date(*checked);
+    if (!when) return Freshness::unknown;
+    const double age = std::chrono::duration<double>(now - *when).count();
+    if (age < 0) return Freshness::unknown;
+    if (age <= freshSeconds) return Freshness::fresh;
+    if (age <= retainedSeconds) return Freshness::stale;
+    return Freshness::unknown;
+}
+
+} // namespace orvan::ReadinessFreshness

@@ -69,9 +69,9 @@ TEST_F(SectionTest, WaitsThenListsAccountsWithTheirWordsAndMeters) {
     settle();
     text = render();
     EXPECT_TRUE(has(text, "[Check again]"));
-    EXPECT_TRUE(has(text, "5-hour")) << text;
+    EXPECT_TRUE(has(text, "5h: 62%")) << text;
     EXPECT_TRUE(has(text, "[Gemini]")) << "a default login with meters gets a row of its own";
-    EXPECT_TRUE(has(text, "Gemini · Sign-in"));
+    EXPECT_TRUE(has(text, "Gemini · This Mac's login"));
 }
 
 TEST_F(SectionTest, EmptyListAndNotes) {
