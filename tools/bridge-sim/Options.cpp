@@ -175,7 +175,9 @@ Control (key required, JSON bodies, 204 unless said):
   POST /_sim/phone {"id"?,"name"?,"role"?,"ownerSince"?,"guest"?}   answers 200 {"id"}
   POST /_sim/watcher {"name","seconds"?,"control"?}   watches (and controls) the shared screen,
                                                       leaving after seconds when given
-  POST /_sim/set {"tulm"?,"sidebar"?,"line"?,"available"?,"phoneFirst"?,"leanStatus"?}
+  POST /_sim/set {"tulm"?,"sidebar"?,"line"?,"available"?,"phoneFirst"?,"leanStatus"?,"control"?,
+                  "helperScreen"?,"helperInput"?}
+                   helperScreen and helperInput: what the screen helper says it was granted;
                    leanStatus leaves guests' scopes out of the status (they stay in /local/devices);
                    a null tulm, sidebar or line removes it (line: back to the bridge's own)
   POST /_sim/exit {"code"?}        exit with that status (default 0) just after answering

@@ -227,7 +227,8 @@ Reply State::addWatcher(const json& body, TimePoint now) {
 Reply State::set(const json& body) {
     for (const auto& [key, value] : body.items()) {
         bool optionalText = key == "tulm" || key == "sidebar" || key == "line" || key == "control";
-        bool flag = key == "available" || key == "phoneFirst" || key == "leanStatus";
+        bool flag = key == "available" || key == "phoneFirst" || key == "leanStatus" || key == "helperScreen" ||
+                    key == "helperInput";
         if (!optionalText && !flag) return Reply::message(400, "Nothing called \"" + key + "\" can be set.");
         if (optionalText && !value.is_string() && !value.is_null())
             return Reply::message(400, key + " must be text or null.");
@@ -245,6 +246,9 @@ Reply State::set(const json& body) {
     screen.available = body.value("available", screen.available);
     screen.phoneFirst = body.value("phoneFirst", screen.phoneFirst);
     leanStatus = body.value("leanStatus", leanStatus);
+    // What the screen helper was granted, as its status reports it.
+    screen.mayCapture = body.value("helperScreen", screen.mayCapture);
+    screen.mayControl = body.value("helperInput", screen.mayControl);
     return Reply::done();
 }
 
