@@ -1,7 +1,8 @@
 // The real program, headless, against the simulator it launches as its own bridge on 8787: the
 // other computers with each one's line, the checks it makes on opening, Docker installed through
 // the sudo question (the password typed into it shows nowhere and is written nowhere), the sandbox
-// desktop fetched there with its progress, and a computer removed, all through the text view.
+// desktop fetched there with its progress, a computer removed, an older bridge replaced and a
+// computer that stops answering, all through the text view.
 #include "DrivenProgram.h"
 
 #include <filesystem>
@@ -125,6 +126,25 @@ TEST_F(ComputersProgram, ListChecksDockerThroughSudoImageAndRemoval) {
     ASSERT_TRUE(type("press Remove", "> Pressed Remove.")) << output_;
     EXPECT_TRUE(waitUntil([&] { return !listed("win"); }, 10s));
     EXPECT_TRUE(waitUntil([&] { return card("Windows desktop").empty() && !lastFrame().empty(); }, 10s)) << lastFrame();
+
+    // The lab's older bridge is replaced after the owner says yes.
+    ASSERT_TRUE(pressOn("GPU lab", "Update bridge")) << lastFrame();
+    ASSERT_TRUE(waitUntil([&] { return saw("Update the bridge on GPU lab?"); }, 10s)) << output_;
+    const std::size_t updating = output_.size();
+    ASSERT_TRUE(type("press \"Update bridge\"", "> Pressed Update bridge.")) << output_;
+    EXPECT_TRUE(waitUntil([&] { return saw("Updating the bridge on GPU lab… This can take a minute.", updating); }, 10s));
+    ASSERT_TRUE(waitUntil([&] {
+        return card("GPU lab").find("Copied the bridge 1.8.2 to GPU lab. Started it again") != std::string::npos &&
+               card("GPU lab").find("Bridge 1.8.2") != std::string::npos;
+    }, 20s)) << output_.substr(updating);
+    EXPECT_EQ(card("GPU lab").find("[Update bridge]"), std::string::npos) << card("GPU lab");
+
+    // A computer that stops answering: its card says so in the bridge's words.
+    ASSERT_EQ(ask("/companion/hosts/check", json{{"target", "lab"}, {"simulateSilence", true}})->status, 502);
+    ASSERT_TRUE(pressOn("GPU lab", "Check")) << lastFrame();
+    EXPECT_TRUE(waitUntil([&] {
+        return card("GPU lab").find("GPU lab did not answer over SSH: the connection timed out.") != std::string::npos;
+    }, 20s)) << lastFrame();
 
     ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
     EXPECT_TRUE(finished());
