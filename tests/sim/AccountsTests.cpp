@@ -91,3 +91,75 @@ TEST(SimAccounts, UsageCarriesMetersTalliesAndDays) {
 
 } // namespace
 } // namespace orvan::simtest
+
+namespace orvan::simtest {
+namespace {
+
+// Each way an account is added, and what the rows look like afterwards.
+TEST(SimAccounts, AddsByEachWayAndRefusesWhatABridgeWouldRefuse) {
+    SimProcess sim;
+    ASSERT_TRUE(sim.ready());
+    struct Case { json body; int status; const char* statusAfter; };
+    const std::vector<Case> cases = {
+        {{{"provider", "claude"}, {"label", "Key"}, {"kind", "apikey"}, {"home", ""}}, 201, "missing_key"},
+        {{{"provider", "claude"}, {"label", "Fresh"}, {"kind", "login"}, {"home", ""}}, 201, "needs_login"},
+        {{{"provider", "codex"}, {"label", "Adopted"}, {"kind", "login"}, {"home", "default"}}, 201, "ready"},
+        {{{"provider", "codex"}, {"label", "Again"}, {"kind", "login"}, {"home", "default"}}, 404, nullptr},
+        {{{"provider", "claude"}, {"label", "AWS"}, {"kind", "bedrock"}, {"region", "us-east-1"}, {"auth", "keys"},
+          {"accessKeyId", "AKIA"}, {"secretAccessKey", "s"}}, 201, "ready"},
+        {{{"provider", "claude"}, {"label", "AWS"}, {"kind", "bedrock"}, {"region", "us-east-1"}, {"auth", "profile"},
+          {"profile", "nope"}}, 400, nullptr},
+        {{{"provider", "claude"}, {"label", std::string(41, 'x')}, {"kind", "apikey"}}, 400, nullptr},
+    };
+    for (const auto& c : cases) {
+        auto answer = sim.post("/companion/accounts", c.body);
+        ASSERT_TRUE(answer);
+        EXPECT_EQ(answer->status, c.status) << c.body.dump();
+        if (c.statusAfter) {
+            EXPECT_EQ(body(answer)["account"]["status"], c.statusAfter) << c.body.dump();
+        }
+    }
+    json list = body(sim.get("/companion/accounts"));
+    EXPECT_EQ(list["found"].size(), 2u) << "the adopted login is no longer found";
+    for (const auto& row : list["accounts"]) EXPECT_FALSE(row.dump().find("AKIA") != std::string::npos);
+    EXPECT_EQ(sim.post("/companion/accounts/acc-new-1/key", {{"key", "sk-1"}})->status, 204);
+    EXPECT_EQ(body(sim.get("/companion/accounts"))["accounts"][4]["status"], "ready");
+}
+
+TEST(SimAccounts, ChainLimitsSignInTokensAndBedrockModels) {
+    SimProcess sim;
+    ASSERT_TRUE(sim.ready());
+    auto saved = sim.post("/companion/accounts/chain", {{"chain", {"acc-ci", "acc-work", 7}}, {"autoSwitch", false}});
+    ASSERT_EQ(saved->status, 200);
+    EXPECT_EQ(body(saved)["chain"], json({"acc-ci", "acc-work"}));
+    EXPECT_EQ(body(saved)["autoSwitch"], false);
+    EXPECT_EQ(sim.post("/companion/accounts/chain", {{"chain", "acc-ci"}})->status, 400);
+
+    EXPECT_EQ(body(sim.get("/companion/limits"))["autoResume"], false);
+    EXPECT_EQ(body(sim.post("/companion/limits", {{"autoResume", true}}))["autoResume"], true);
+    EXPECT_EQ(body(sim.get("/companion/limits"))["autoResume"], true);
+    EXPECT_EQ(sim.post("/companion/limits", {{"autoResume", "on"}})->status, 400);
+
+    auto login = body(sim.post("/companion/accounts/acc-work/login", json::object()));
+    ASSERT_TRUE(login["argv"].is_array());
+    EXPECT_EQ(login["env"]["ORVAN_ACCOUNT_HOME"].get<std::string>().find("/accounts/claude-work"), login["env"]["ORVAN_ACCOUNT_HOME"].get<std::string>().size() - 21);
+    EXPECT_EQ(sim.post("/companion/accounts/acc-ci/login", json::object())->status, 400);
+
+    ASSERT_EQ(sim.post("/companion/accounts", {{"provider", "claude"}, {"label", "T"}, {"kind", "login"}, {"home", ""}})->status, 201);
+    EXPECT_EQ(body(sim.get("/companion/accounts/acc-new-1/portable"))["state"], "failed") << "nothing asked yet";
+    EXPECT_EQ(body(sim.post("/companion/accounts/acc-new-1/portable", json::object()))["state"], "waiting");
+    EXPECT_EQ(body(sim.get("/companion/accounts/acc-new-1/portable"))["state"], "waiting");
+    EXPECT_EQ(body(sim.get("/companion/accounts/acc-new-1/portable"))["state"], "waiting");
+    EXPECT_EQ(body(sim.get("/companion/accounts/acc-new-1/portable"))["state"], "ready");
+    EXPECT_EQ(body(sim.get("/companion/accounts"))["accounts"][4]["portable"], true);
+
+    auto models = body(sim.post("/companion/bedrock/models", {{"account", "acc-aws"}, {"region", "us-east-1"}}));
+    EXPECT_EQ(models["models"].size(), 4u);
+    EXPECT_TRUE(body(sim.post("/companion/bedrock/models", {{"region", "eu-north-1"}, {"auth", "profile"}}))["models"].empty());
+    EXPECT_EQ(sim.post("/companion/bedrock/models", {{"account", "acc-ci"}, {"region", "us-east-1"}})->status, 404);
+    EXPECT_EQ(sim.post("/companion/accounts/acc-aws/bedrock", {{"region", "eu-west-3"}, {"model", ""}})->status, 204);
+    EXPECT_EQ(body(sim.get("/companion/accounts"))["accounts"][3]["bedrock"]["region"], "eu-west-3");
+}
+
+} // namespace
+} // namespace orvan::simtest
