@@ -104,11 +104,12 @@ ui::Node removeBlock(Hosts& hosts, ComputersViewState& state, const CompanionHos
 }
 
 ui::Node card(Hosts& hosts, ComputersViewState& state, const CompanionHost& host, const std::function<void()>& changed) {
-    ui::Nodes lines{ui::row(host.name, host.line(), {}).key("row"), bridgeBlock(hosts, state, host, changed)};
+    ui::Nodes lines{bridgeBlock(hosts, state, host, changed)};
     // Nothing is installed on a Terminal only computer, so it has no sandboxes to speak of.
     if (!host.forTerminal()) lines.push_back(HostSandboxRow::build(hosts, host));
     lines.push_back(removeBlock(hosts, state, host, changed));
-    return ui::vstack(std::move(lines)).key("host:" + host.target);
+    // A card of its own, as the connections' paths have, so each computer's buttons stay with it.
+    return ui::section(host.name, host.line(), std::move(lines)).key("host:" + host.target);
 }
 
 } // namespace
