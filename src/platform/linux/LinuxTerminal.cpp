@@ -13,6 +13,7 @@ namespace {
 // ended with an error by then did not.
 constexpr int settleMs = 2000;
 constexpr qsizetype errorBound = 4096;
+constexpr int startMs = 5000;
 
 std::string variable(const Environment& environment, const char* name) {
     auto found = environment.find(name);
@@ -68,8 +69,10 @@ Task<TerminalRun> LinuxTerminal::run(std::string line) {
         });
         process->setProgram(found);
         process->setArguments(arguments);
-        const bool started = co_await qCoro(*process).start();
-        if (!started) {
+        // Starting only forks and execs, so it is answered at once; a program that can't run says
+        // so through an error the awaitable start would miss, leaving it to its long time-out.
+        process->start();
+        if (!process->waitForStarted(startMs)) {
             delete process;
             continue;
         }
