@@ -2,10 +2,14 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QFrame>
 #include <QLabel>
-#include <QStyle>
+#include <QPainter>
+#include <QProxyStyle>
 #include <QStyleHints>
+#include <QStyleOption>
 #include <QTimer>
+#include <QToolTip>
 #include <QWidget>
 
 namespace orvan::ui::qt {
@@ -20,6 +24,74 @@ QColor withAlpha(QColor c, int alpha) {
 bool looksDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightnessF() < palette.color(QPalette::WindowText).lightnessF();
 }
+
+bool isPrimary(const QWidget* widget) {
+    return widget && widget->property("role").toString() == QLatin1String("primary");
+}
+
+void rounded(QPainter* painter, const QRect& rect, const QColor& fill, const QColor& edge, qreal radius) {
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(QPen(edge, 1));
+    painter->setBrush(fill);
+    painter->drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    painter->restore();
+}
+
+// Draws what a palette alone can't say: the cards, the hairlines, the wells of text fields and the
+// filled primary button, all in the palette's own colours. A style sheet did this once, but it
+// keeps rules of its own for every widget it polishes: megabytes for a window this size, and a
+// second pass over every widget whenever a button changes its role.
+class InkDrawing : public QProxyStyle {
+public:
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        if (element == PE_PanelLineEdit) {
+            const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+            if (frame && frame->lineWidth > 0) {
+                const QPalette& p = option->palette;
+                rounded(painter, option->rect, p.color(QPalette::Base),
+                        p.color((option->state & State_HasFocus) ? QPalette::Highlight : QPalette::Mid), 5);
+                return;
+            }
+        }
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+        const QPalette& p = option->palette;
+        if (element == CE_ShapedFrame) {
+            if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option)) {
+                if (frame->frameShape == QFrame::HLine || frame->frameShape == QFrame::VLine) {
+                    painter->fillRect(option->rect, p.color(QPalette::Mid));
+                    return;
+                }
+                if (widget && widget->objectName() == QLatin1String("section")) {
+                    rounded(painter, option->rect, p.color(QPalette::AlternateBase), p.color(QPalette::Mid), 10);
+                    return;
+                }
+            }
+        }
+        if (element == CE_PushButtonBevel && isPrimary(widget)) {
+            // The disabled group's highlight is the line colour, so a primary out of reach greys.
+            const QColor fill = p.color(QPalette::Highlight);
+            rounded(painter, option->rect, fill, fill, 6);
+            return;
+        }
+        if (element == CE_PushButtonLabel && isPrimary(widget)) {
+            if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option)) {
+                QStyleOptionButton onFill = *button;
+                onFill.palette.setColor(QPalette::ButtonText, (option->state & State_Enabled)
+                                                                  ? p.color(QPalette::HighlightedText)
+                                                                  : p.color(QPalette::PlaceholderText));
+                QProxyStyle::drawControl(element, &onFill, painter, widget);
+                return;
+            }
+        }
+        QProxyStyle::drawControl(element, option, painter, widget);
+    }
+};
 
 } // namespace
 
@@ -80,29 +152,6 @@ QPalette InkStyle::palette(const InkSet& ink) {
     return p;
 }
 
-QString InkStyle::styleSheet(const InkSet& ink) {
-    QString sheet = QStringLiteral(
-        "QFrame#section { background-color: @card; border: 1px solid @line; border-radius: 10px; }\n"
-        "QFrame[frameShape=\"4\"] { border: none; background-color: @line; min-height: 1px; max-height: 1px; }\n"
-        "QFrame[frameShape=\"5\"] { border: none; background-color: @line; min-width: 1px; max-width: 1px; }\n"
-        "QLineEdit { background-color: @well; color: @ink; border: 1px solid @line; border-radius: 5px;"
-        " padding: 3px 6px; selection-background-color: @accent; selection-color: @onAccent; }\n"
-        "QLineEdit:focus { border-color: @accent; }\n"
-        "QLineEdit:disabled { color: @dim; }\n"
-        "QPushButton[role=\"primary\"] { background-color: @accent; color: @onAccent; border: 1px solid @accent;"
-        " border-radius: 6px; padding: 4px 14px; }\n"
-        "QPushButton[role=\"primary\"]:disabled { background-color: @line; color: @dim; border-color: @line; }\n"
-        "QPushButton[role=\"destructive\"] { color: @danger; }\n"
-        "QProgressBar::chunk { background-color: @accent; }\n"
-        "QToolTip { background-color: @card; color: @ink; border: 1px solid @line; }\n");
-    const std::pair<const char*, Colour> names[] = {
-        {"@onAccent", ink.onAccent}, {"@accent", ink.accent}, {"@card", ink.card}, {"@line", ink.line},
-        {"@well", ink.well},         {"@ink", ink.ink},       {"@dim", ink.dim},   {"@danger", ink.danger},
-    };
-    for (const auto& [name, c] : names) sheet.replace(QLatin1String(name), QString::fromStdString(c.hex()));
-    return sheet;
-}
-
 TonePalette InkStyle::tones(const ThemeStore& store) {
     const InkSet& ink = store.ink();
     const ThemeTones& side = store.choice().tones(store.isDark());
@@ -119,9 +168,10 @@ TonePalette InkStyle::tones(const ThemeStore& store) {
 void InkStyle::apply(const ThemeStore& store) {
     if (!qobject_cast<QApplication*>(QCoreApplication::instance())) return;
     const InkSet& ink = store.ink();
-    QApplication::setPalette(palette(ink));
-    const QString sheet = styleSheet(ink);
-    if (qApp->styleSheet() != sheet) qApp->setStyleSheet(sheet);
+    if (!dynamic_cast<InkDrawing*>(QApplication::style())) QApplication::setStyle(new InkDrawing);
+    const QPalette colours = palette(ink);
+    QApplication::setPalette(colours);
+    QToolTip::setPalette(colours);
 }
 
 bool InkStyle::desktopIsDark() {
@@ -145,15 +195,6 @@ bool InkStyle::desktopIsDark() {
 bool InkStyle::eventFilter(QObject* watched, QEvent* event) {
     // Every window hears of a theme change; one look at the desktop is enough.
     if (event->type() == QEvent::ThemeChange) recheckSoon();
-    // A style sheet reads a widget's properties when it polishes the widget, and a button may be
-    // given its role after that: polish it again so a primary button is filled from the start.
-    if (event->type() == QEvent::DynamicPropertyChange &&
-        static_cast<QDynamicPropertyChangeEvent*>(event)->propertyName() == "role") {
-        if (auto* widget = qobject_cast<QWidget*>(watched); widget && widget->testAttribute(Qt::WA_WState_Polished)) {
-            widget->style()->unpolish(widget);
-            widget->style()->polish(widget);
-        }
-    }
     // A label's rich text takes its link colour from the palette when the text is set, so a link
     // drawn before a change of palette keeps the old accent until its text is set again.
     if (event->type() == QEvent::PaletteChange) {

@@ -1,7 +1,7 @@
 #pragma once
-// Puts the theme store's ink set on screen with Qt: the application's palette, a small style
-// sheet for cards, wells, lines and the accent and danger tones, and the tone colours the
-// renderer gives text and symbols. It also tells the store whether the desktop is dark, at
+// Puts the theme store's ink set on screen with Qt: the application's palette, a style that
+// draws cards, wells, lines and the filled primary button in the palette's colours, and the tone
+// colours the renderer gives text and symbols. It also tells the store whether the desktop is dark, at
 // install and whenever the desktop's theme changes.
 //
 //     auto* style = InkStyle::install(ThemeStore::shared());   // after QApplication exists
@@ -35,11 +35,10 @@ public:
 
     static QColor colour(Colour c);
     static QPalette palette(const InkSet& ink);
-    static QString styleSheet(const InkSet& ink);
     // The renderer's tones for the present look. Warning is the side's terminal yellow, the one
     // tone the ink set has no name for.
     static TonePalette tones(const ThemeStore& store);
-    // Sets the application's palette and style sheet from the store's present ink.
+    // Sets the application's palette (and, the first time, its style) from the store's present ink.
     static void apply(const ThemeStore& store);
 
     static bool desktopIsDark();

@@ -130,6 +130,17 @@ void applyTone(QWidget* widget, const TonePalette& tones, Tone tone, QPalette::C
     widget->setPalette(palette);
 }
 
+// A separator is a hairline across its stack: one pixel thick, as long as the stack wants.
+void shapeLine(QFrame* line, bool acrossARow) {
+    const QFrame::Shape shape = acrossARow ? QFrame::VLine : QFrame::HLine;
+    if (line->frameShape() == shape && (acrossARow ? line->maximumWidth() : line->maximumHeight()) == 1) return;
+    line->setFrameShape(shape);
+    line->setMinimumSize(0, 0);
+    line->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    if (acrossARow) line->setFixedWidth(1);
+    else line->setFixedHeight(1);
+}
+
 } // namespace
 
 struct ViewRenderer::Mounted {
@@ -473,6 +484,7 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
         auto [holder, line] = titledLine(parent, m->titleLabel);
         auto* edit = new QLineEdit(holder);
         edit->setObjectName(qs(node.identity));
+        edit->setTextMargins(4, 1, 4, 1);
         if (node.kind == Kind::SecureField) {
             edit->setEchoMode(QLineEdit::Password);
             edit->setAttribute(Qt::WA_InputMethodEnabled, false);
@@ -536,8 +548,7 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
     }
     case Kind::Separator: {
         auto* line = new QFrame(parent);
-        line->setFrameShape(horizontalParent ? QFrame::VLine : QFrame::HLine);
-        line->setFrameShadow(QFrame::Sunken);
+        shapeLine(line, horizontalParent);
         m->widget = line;
         break;
     }
@@ -633,6 +644,7 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
             else
                 button->setPalette(QPalette());
             button->setProperty("role", QString::fromLatin1(roleName(node.buttonRole)));
+            button->update(); // the style reads the role when it paints
             m.role = node.buttonRole;
         }
         const QKeySequence keys(qs(node.shortcutKeys));
@@ -848,9 +860,7 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
         break;
     }
     case Kind::Separator: {
-        auto* line = static_cast<QFrame*>(widget);
-        const QFrame::Shape shape = horizontalParent ? QFrame::VLine : QFrame::HLine;
-        if (line->frameShape() != shape) line->setFrameShape(shape);
+        shapeLine(static_cast<QFrame*>(widget), horizontalParent);
         break;
     }
     case Kind::Link: {
