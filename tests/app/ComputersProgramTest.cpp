@@ -22,6 +22,8 @@ const std::vector<std::string> kCards{"Build server", "GPU lab", "Studio Mac min
 
 class ComputersProgram : public DrivenProgram {
 protected:
+    // The simulator's seeded computers, not a broken list a developer's shell may ask for.
+    void adjust(QProcessEnvironment& env) override { env.remove("ORVAN_SIM_HOSTS"); }
     std::string lastFrame() const {
         auto at = output_.rfind("== Other computers ==");
         return at == std::string::npos ? std::string() : output_.substr(at);
