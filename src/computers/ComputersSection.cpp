@@ -8,12 +8,6 @@ namespace orvan::ComputersSection {
 
 namespace {
 
-std::function<void()> redraw(std::function<void()> changed) {
-    return [changed] {
-        if (changed) changed();
-    };
-}
-
 ui::Node bridgeBlock(Hosts& hosts, ComputersViewState& state, const CompanionHost& host,
                      const std::function<void()>& changed) {
     ui::Nodes lines;
@@ -126,8 +120,7 @@ ui::Node build(Hosts& hosts, ComputersViewState& state, std::function<void()> ch
             .style(ui::TextStyle::Caption),
     };
     for (const auto& host : hosts.hosts) rows.push_back(card(hosts, state, host, changed));
-    if (!hosts.note.empty()) rows.push_back(ui::text(hosts.note).tone(ui::Tone::Danger).key("note"));
-    rows.push_back(SudoSheet::build(hosts, state, redraw(changed)));
+    rows.push_back(SudoSheet::build(hosts, state, changed));
     return ui::section(title, std::move(rows)).key("computers");
 }
 
