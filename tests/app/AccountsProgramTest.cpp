@@ -32,7 +32,7 @@ protected:
 TEST_F(AccountsProgram, ListsRenamesRemovesAndChecksAgainThroughTheTextView) {
     ASSERT_TRUE(start());
     // The rows with their words, and the meters once the slow read is in.
-    ASSERT_TRUE(waitUntil([&] { return saw("[Work]") && saw("5-hour: ") && saw("[Check again]"); }, 40s)) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("[Work]") && saw("5h: ") && saw("[Check again]"); }, 40s)) << output_;
     EXPECT_TRUE(saw("Claude · Sign-in · Fallback 1"));
     EXPECT_TRUE(saw("Codex · API key · Fallback 2"));
     EXPECT_TRUE(saw("Limited until "));
