@@ -43,6 +43,12 @@ protected:
         while (clock_.step()) {
         }
     }
+    std::string lastPost(const std::string& path) const {
+        std::string body = "null";
+        for (const auto& r : api_.requestsTo(path))
+            if (r.method == "POST" && r.body) body = *r.body;
+        return body;
+    }
     static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != std::string::npos; }
 
     test::FakeClock clock_{*AccountWords::date("2026-11-23T10:00:00Z")};
@@ -119,6 +125,88 @@ TEST_F(SectionTest, ADetailRenamesAndRemovesWithASecondWord) {
     EXPECT_TRUE(has(text, "This account is no longer on this Mac.")) << text;
     ASSERT_TRUE(command("press Done").accepted);
     EXPECT_FALSE(state_.opened);
+}
+
+TEST_F(SectionTest, TheAddSheetSendsWhatItsWayNeedsAndForgetsTheKey) {
+    api_.on("GET", "/companion/accounts",
+            Reply::json(200, R"({"accounts":[{"id":"w1","provider":"claude","label":"Work","kind":"login","status":"ready"}],
+                "found":[{"provider":"codex","default":true}],"awsProfiles":["dev"]})"));
+    api_.queue("POST", "/companion/accounts", Reply::json(400, R"({"message":"Keys like that are refused."})"));
+    api_.on("POST", "/companion/accounts",
+            Reply::json(201, R"({"account":{"id":"n1","provider":"claude","label":"Spare","kind":"apikey","status":"missing_key"}})"));
+    api_.on("POST", "/companion/accounts/n1/key", Reply::empty());
+    spawn(accounts_.refreshAll(false));
+    settle();
+    ASSERT_TRUE(command("press \"Add an account…\"").accepted) << frame_.text;
+    EXPECT_TRUE(has(render(), "No Claude login was found on this Mac.")) << frame_.text;
+    EXPECT_TRUE(has(frame_.text, "[Add] (disabled)")) << "no login to adopt, no label";
+    ASSERT_TRUE(command("choose Way \"Use an API key\"").accepted);
+    ASSERT_TRUE(command("type \"API key\" sk-one").accepted);
+    ASSERT_TRUE(command("choose Way \"Sign in with a new account\"").accepted);
+    EXPECT_EQ(state_.form.key, "") << "a change of way forgets the key";
+    ASSERT_TRUE(command("choose Way \"Use an API key\"").accepted);
+    ASSERT_TRUE(command("type Label " + std::string(41, 'x')).accepted);
+    ASSERT_TRUE(command("type \"API key\" sk-two").accepted);
+    EXPECT_TRUE(has(render(), "A label is at most 40 characters.")) << frame_.text;
+    EXPECT_TRUE(has(frame_.text, "[Add] (disabled)"));
+    ASSERT_TRUE(command("type Label Spare").accepted);
+    ASSERT_TRUE(command("press Add").accepted) << frame_.text;
+    settle();
+    EXPECT_TRUE(has(render(), "Keys like that are refused.")) << "a failed add leaves the sheet open with the note";
+    EXPECT_EQ(state_.form.key, "") << "and the key is gone whatever happened";
+    ASSERT_TRUE(command("type \"API key\" sk-three").accepted);
+    ASSERT_TRUE(command("press Add").accepted);
+    settle();
+    EXPECT_FALSE(state_.adding);
+    EXPECT_EQ(Json::parse(lastPost("/companion/accounts")), Json::parse(R"({"provider":"claude","label":"Spare","kind":"apikey","home":""})"))
+        << "the key never rides with the fields";
+    EXPECT_EQ(*api_.requestsTo("/companion/accounts/n1/key")[0].body, R"({"key":"sk-three"})");
+    EXPECT_FALSE(has(render(), "sk-")) << frame_.text;
+
+    // Adopting the one codex login: the Add button needs nothing but a label.
+    ASSERT_TRUE(command("press \"Add an account…\"").accepted);
+    ASSERT_TRUE(command("choose Provider Codex").accepted);
+    ASSERT_TRUE(command("type Label Mine").accepted);
+    ASSERT_TRUE(command("press Add").accepted) << frame_.text;
+    settle();
+    EXPECT_EQ(Json::parse(lastPost("/companion/accounts"))["home"], "default");
+}
+
+TEST_F(SectionTest, KeyAndBedrockSheetsOverAnOpenAccount) {
+    api_.on("GET", "/companion/accounts",
+            Reply::json(200, R"({"accounts":[{"id":"b1","provider":"claude","label":"AWS","kind":"bedrock","status":"missing_key",
+                "bedrock":{"region":"us-east-1","auth":"keys"}}]})"));
+    api_.on("POST", "/companion/accounts/b1/key", Reply::empty());
+    api_.on("POST", "/companion/accounts/b1/bedrock", Reply::json(400, R"({"message":"Claude is not enabled there."})"));
+    api_.on("POST", "/companion/bedrock/models", Reply::json(200, R"({"models":[]})"));
+    spawn(accounts_.refreshAll(false));
+    settle();
+    ASSERT_TRUE(command("press AWS").accepted);
+    ASSERT_TRUE(command("press \"Add access keys…\"").accepted) << frame_.text;
+    EXPECT_TRUE(has(render(), "Access keys for AWS")) << frame_.text;
+    ASSERT_TRUE(command("type \"Access key ID\" AKIA1").accepted);
+    EXPECT_TRUE(has(render(), "[Save] (disabled)")) << "the secret is missing";
+    ASSERT_TRUE(command("type \"Secret access key\" s3cr3t").accepted);
+    ASSERT_TRUE(command("press Save").accepted);
+    settle();
+    EXPECT_EQ(Json::parse(*api_.requestsTo("/companion/accounts/b1/key")[0].body),
+              Json::parse(R"({"accessKeyId":"AKIA1","secretAccessKey":"s3cr3t"})"));
+    EXPECT_TRUE(state_.secretAccessKey.empty());
+
+    ASSERT_TRUE(command("press \"Region and model…\"").accepted) << frame_.text;
+    ASSERT_TRUE(command("type Region nowhere").accepted);
+    ASSERT_TRUE(command("press Save").accepted);
+    EXPECT_TRUE(has(render(), "A region looks like us-east-1.")) << frame_.text;
+    EXPECT_EQ(api_.count("/companion/accounts/b1/bedrock"), 0u);
+    ASSERT_TRUE(command("type Region EU-NORTH-1").accepted);
+    ASSERT_TRUE(command("press Choose").accepted) << frame_.text;
+    settle();
+    EXPECT_TRUE(has(render(), "Amazon Bedrock lists no Claude model for this region.")) << frame_.text;
+    EXPECT_TRUE(has(frame_.text, "[List again]"));
+    ASSERT_TRUE(command("press Save").accepted);
+    settle();
+    EXPECT_TRUE(has(render(), "Claude is not enabled there.")) << frame_.text;
+    EXPECT_EQ(*api_.requestsTo("/companion/accounts/b1/bedrock")[0].body, R"({"model":"","region":"eu-north-1"})");
 }
 
 } // namespace
