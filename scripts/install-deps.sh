@@ -18,6 +18,7 @@ packages=(
   dbus-daemon
   librsvg2-bin desktop-file-utils appstream pngcheck
   dpkg-dev lintian file fakeroot
+  libqrencode-dev zlib1g-dev libzbar-dev
 )
 
 missing=()

@@ -38,6 +38,7 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     setup.bundled = bundledBridge(executable);
     setup.loginItem = &login_;
     setup.lid = &lidWake_;
+    if (!setup.defaults) setup.defaults = UserDefaults::domain(AppInfo::bundleId, environment_);
     api_ = std::make_unique<QtLocalApi>(QString::fromStdString("http://" + setup.host + ":" + std::to_string(setup.port)));
     bridge_ = std::make_unique<Bridge>(*api_, clock_, processes_, std::move(setup));
     accounts_ = std::make_unique<Accounts>(*api_, clock_, AccountsSetup{environment_, userHome(environment_), &terminal_});
@@ -91,6 +92,8 @@ ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed,
     context.accounts = accounts_.get();
     context.sandboxes = sandboxes_.get();
     context.tunnel = tunnel_.get();
+    context.clipboard = clipboard_.get();
+    context.mail = &mail_;
     context.hosts = hosts_.get();
     std::optional<TimePoint> wordsChange;
     if (wordsTimer) context.wordsChange = &wordsChange;

@@ -11,6 +11,8 @@
 #include "platform/linux/LinuxTerminal.h"
 #include "platform/linux/LogindPower.h"
 #include "platform/linux/PosixProcesses.h"
+#include "platform/linux/TerminalClipboard.h"
+#include "platform/linux/XdgMail.h"
 #include "platform/linux/QtClock.h"
 #include "platform/linux/QtLocalApi.h"
 #include "platform/linux/XdgAutostart.h"
@@ -51,6 +53,8 @@ public:
     Tunnel& tunnel() { return *tunnel_; }
     Hosts& hosts() { return *hosts_; }
     DeskState& deskState() { return desk_; }
+    // The desktop program brings the display's clipboard; the text view keeps the terminal's.
+    void useClipboard(std::unique_ptr<Clipboard> clipboard) { clipboard_ = std::move(clipboard); }
     Clock& clock() { return clock_; }
     const Environment& environment() const { return environment_; }
     std::string versionLabel() const;
@@ -86,6 +90,8 @@ private:
     Observable::Subscription bridgeReady_;
     bool accountsRead_ = false;
     DeskState desk_;
+    std::unique_ptr<Clipboard> clipboard_ = std::make_unique<TerminalClipboard>();
+    XdgMail mail_;
 };
 
 } // namespace orvan::app

@@ -26,7 +26,9 @@ bool isExecutableFile(const std::filesystem::path& path) {
 } // namespace
 
 Bridge::Bridge(LocalApi& api, Clock& clock, Processes& processes, BridgeSetup setup)
-    : api_(api), clock_(clock), processes_(processes), setup_(std::move(setup)) {}
+    : api_(api), clock_(clock), processes_(processes), setup_(std::move(setup)) {
+    if (setup_.defaults) ownersSeen = OwnerNotices::load(*setup_.defaults);
+}
 
 Bridge::~Bridge() {
     // The loops hold the model weakly: they see this and end. The child is left as it is.
@@ -269,8 +271,6 @@ Task<void> Bridge::setSidebar(std::string position) {
     assign(sidebarNote, "Tulm did not move the sidebar.");
     assign(sidebarBusy, false);
 }
-
-void Bridge::noteOwners() {}
 
 Task<void> Bridge::refreshJoins() { co_return; }
 

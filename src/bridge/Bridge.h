@@ -12,10 +12,13 @@
 #include "foundation/Async.h"
 #include "foundation/Carryover.h"
 #include "foundation/Observable.h"
+#include "foundation/UserDefaults.h"
 #include "platform/LocalApi.h"
 #include "platform/LoginItem.h"
 #include "platform/Processes.h"
 #include "phones/OwnerNotice.h"
+#include "phones/OwnerNotices.h"
+#include "phones/ScopeList.h"
 
 #include <filesystem>
 #include <map>
@@ -39,6 +42,8 @@ struct BridgeSetup {
     LoginItem* loginItem = nullptr;
     // The lid hold; without one the lid is left to the system.
     LidWake* lid = nullptr;
+    // Where what was already said about other owners is kept; without it nothing is kept.
+    std::shared_ptr<UserDefaults> defaults;
 };
 
 class Bridge final : public Observable {
@@ -111,6 +116,18 @@ public:
 
     Task<bool> rename(std::string name);
     Task<void> setSidebar(std::string position);
+
+    // Phones: a role change, a removal or a guest's new end, one at a time under `phoneBusy`.
+    OwnerNotices ownersSeen;
+    Task<void> setRole(std::string id, bool owner);
+    Task<void> removePhone(std::string id);
+    Task<void> extendGuest(CompanionPhone phone, int days);
+    void dismissOwnerNotices();
+    // What a guest can be given; nothing when it could not be read.
+    Task<std::optional<ScopeList>> scope();
+    // One request of the local API, for the sheets that talk to the bridge themselves.
+    Task<HttpAnswer> local(std::string path, std::optional<Json> body, Duration timeout);
+    Clock& clock() { return clock_; }
 
     std::optional<std::filesystem::path> bridgeBinary() const;
     static std::string commandPath(const std::optional<std::string>& path);

@@ -9,7 +9,7 @@
 #include "computers/ComputersSection.h"
 #include "connections/ConnectionsSection.h"
 #include "connections/LidWords.h"
-#include "phones/PhoneWords.h"
+#include "phones/PhonesSection.h"
 #include "sandboxes/SandboxSection.h"
 
 namespace orvan {
@@ -55,25 +55,6 @@ ui::Node nameRow(Bridge& bridge, DeskState& state, const DeskContext& context) {
     return ui::vstack(std::move(rows)).key("nameRow");
 }
 
-ui::Node phonesSection(Bridge& bridge, TimePoint now, std::optional<TimePoint>* wordsChange) {
-    ui::Nodes rows;
-    if (bridge.phones.empty()) {
-        rows.push_back(ui::text("No phone yet. Open Orvan Mobile on your iPhone."));
-        rows.push_back(ui::text("From the phone, Orvan runs the coding agents on this Mac and the computers it adds: "
-                                "Claude Code, Codex, Gemini, Grok, Cursor and Amazon Bedrock, and Tulm's sessions "
-                                "too, over SSH and in sandbox desktops.")
-                           .tone(ui::Tone::Dim)
-                           .style(ui::TextStyle::Caption));
-    }
-    for (const auto& phone : bridge.phones) {
-        rows.push_back(ui::row(PhoneWords::shown(phone), PhoneWords::role(phone, now), {}).key("phone:" + phone.id));
-        auto changes = PhoneWords::roleChangesAt(phone, now);
-        if (wordsChange && changes && (!*wordsChange || *changes < **wordsChange)) *wordsChange = changes;
-    }
-    if (!bridge.phoneNote.empty()) rows.push_back(ui::text(bridge.phoneNote).tone(ui::Tone::Danger));
-    return ui::section("Phones", std::move(rows)).key("phones");
-}
-
 ui::Node loginRow(Bridge& bridge) {
     Bridge* b = &bridge;
     return ui::section("", {
@@ -108,7 +89,7 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
         ui::text(RemoteWords::reach).tone(ui::Tone::Dim).style(ui::TextStyle::Caption),
     }).key("mac"));
     if (context.wordsChange) context.wordsChange->reset();
-    card.push_back(phonesSection(bridge, now, context.wordsChange));
+    card.push_back(PhonesSection::build(bridge, state, now, context));
     if (context.tunnel)
         card.push_back(ConnectionsSection::build(*context.tunnel, state.connections, context.changed));
     if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));

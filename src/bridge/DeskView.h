@@ -5,6 +5,7 @@
 #include "bridge/Bridge.h"
 #include "computers/ComputersViewState.h"
 #include "connections/ConnectionsViewState.h"
+#include "phones/PhonesViewState.h"
 #include "sandboxes/SandboxesViewState.h"
 #include "ui/Node.h"
 
@@ -23,6 +24,7 @@ struct DeskState {
     std::optional<CompanionPhone> demoting;
     bool inviting = false;
     bool askConsent = false;
+    PhonesViewState phonesView;
     AccountsViewState accounts;
     SandboxesViewState sandboxes;
     ConnectionsViewState connections;
@@ -33,6 +35,8 @@ class ThemeStore;
 class Accounts;
 class Sandboxes;
 class Tunnel;
+class Clipboard;
+class Mail;
 class Hosts;
 
 struct DeskContext {
@@ -52,6 +56,9 @@ struct DeskContext {
     // Where the view writes the first moment its words will change with the time alone (a guest's
     // "ends in 2 hours"), so the host draws again then; left absent when nothing will.
     std::optional<TimePoint>* wordsChange = nullptr;
+    // Where a copied or shared invite link goes; without them those buttons are off.
+    Clipboard* clipboard = nullptr;
+    Mail* mail = nullptr;
 };
 
 namespace DeskView {

@@ -5,6 +5,10 @@
 
 namespace orvan {
 
+namespace AccountWords {
+struct Place;
+}
+
 // One line saying that someone else became an owner of this computer.
 struct OwnerNotice {
     std::string id;
@@ -12,6 +16,8 @@ struct OwnerNotice {
     std::string since; // the owner time as the bridge gave it
     TimePoint at;
     bool operator==(const OwnerNotice&) const = default;
+
+    std::string line(TimePoint now, const AccountWords::Place& place) const;
 };
 
 } // namespace orvan

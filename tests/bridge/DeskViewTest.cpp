@@ -68,6 +68,7 @@ const std::string kReach = "  This Mac has to stay awake. Your iPhone finds it o
 const std::string kNoPhone = R"(== Phones ==
   No phone yet. Open Orvan Mobile on your iPhone.
   From the phone, Orvan runs the coding agents on this Mac and the computers it adds: Claude Code, Codex, Gemini, Grok, Cursor and Amazon Bedrock, and Tulm's sessions too, over SSH and in sandbox desktops.
+  [Invite someone…]
 )";
 const std::string kOrvanOnly = R"(== Environments ==
   What runs threads on this Mac.
@@ -114,12 +115,16 @@ INSTANTIATE_TEST_SUITE_P(
   Ready for your phone.
   [x] Remote control
 )" + kReach + R"(== Phones ==
-  Ada's iPhone
+  Ada's iPhone  [Make member] (disabled)  [Remove]
     Owner
-  iPhone
+  iPhone  [Extend ▾]  [Remove]
+    [1 more day]
+    [7 more days]
+    [30 more days]
     Guest, ends in 2 days
-  iPhone
+  iPhone  [Make owner]  [Remove]
     Member
+  [Invite someone…]
 == Environments ==
   What runs threads on this Mac.
   Orvan

@@ -1,5 +1,6 @@
 #include "Control.h"
 
+#include "InviteRoutes.h"
 #include "Routes.h"
 #include "Seeds.h"
 
@@ -89,6 +90,7 @@ Reply answer(Sim& sim, const std::string& method, const std::string& path, const
         sim.state = Seeds::make(*seed, now);
         return Reply::done();
     }
+    if (InviteRoutes::ownsControl(name)) return InviteRoutes::control(sim, name, body, now);
     if (name == "phone") return sim.state.addPhone(body, now);
     if (name == "watcher") return sim.state.addWatcher(body, now);
     if (name == "set") return sim.state.set(body);

@@ -1,6 +1,7 @@
 #include "Routes.h"
 
 #include "AccountsRoutes.h"
+#include "InviteRoutes.h"
 #include "HostRoutes.h"
 #include "SandboxRoutes.h"
 #include "TunnelRoutes.h"
@@ -62,6 +63,9 @@ Reply answer(Sim& sim, const std::string& method, const std::string& target, con
              TimePoint now) {
     // Routes that read a query are handed the whole target; everything else matches on the path.
     const std::string path = target.substr(0, target.find('?'));
+    // Phones that were on their way have arrived by the time anyone looks.
+    InviteRoutes::settle(sim, now);
+    if (InviteRoutes::owns(path)) return InviteRoutes::answer(sim, method, target, body, now);
     if (AccountsRoutes::owns(path)) return AccountsRoutes::answer(sim, method, target, body, now);
     if (SandboxRoutes::owns(path)) return SandboxRoutes::answer(sim, method, target, body, now);
     if (TunnelRoutes::owns(path)) return TunnelRoutes::answer(sim, method, path, body, now);

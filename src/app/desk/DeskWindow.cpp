@@ -4,6 +4,7 @@
 #include "app/Scenes.h"
 #include "app/TreeCommands.h"
 #include "bridge/MenuDesk.h"
+#include "platform/linux/gui/QtClipboard.h"
 #include "ui/qt/InkStyle.h"
 #include "ui/qt/SymbolIcons.h"
 #include "ui/qt/TonePalette.h"
@@ -22,6 +23,7 @@ QString bundleShare() { return QCoreApplication::applicationDirPath() + QStringL
 } // namespace
 
 DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(companion), themes_(themes) {
+    companion_.useClipboard(std::make_unique<QtClipboard>());
     ui::qt::WindowSpec shape;
     shape.id = Scenes::desk.id;
     shape.title = Scenes::desk.title;

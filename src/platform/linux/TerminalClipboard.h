@@ -1,0 +1,16 @@
+#pragma once
+// The clipboard of the terminal the text view runs in: the OSC 52 request that terminal
+// emulators (and tmux, and SSH sessions through them) turn into a copy on the owner's desktop.
+// It goes to the controlling terminal, never to standard output, so a copied link can't end up
+// in a log that standard output is sent to. Without a terminal there is no clipboard.
+
+#include "platform/Clipboard.h"
+
+namespace orvan {
+
+class TerminalClipboard final : public Clipboard {
+public:
+    bool putText(const std::string& text, bool concealed) override;
+};
+
+} // namespace orvan

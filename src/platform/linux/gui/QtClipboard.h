@@ -1,0 +1,14 @@
+#pragma once
+// The desktop's clipboard. Concealed text carries the marks that clipboard managers honour:
+// KDE's password manager hint and the concealed type that other desktops' managers look for.
+
+#include "platform/Clipboard.h"
+
+namespace orvan {
+
+class QtClipboard final : public Clipboard {
+public:
+    bool putText(const std::string& text, bool concealed) override;
+};
+
+} // namespace orvan

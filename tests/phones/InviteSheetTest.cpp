@@ -1,0 +1,233 @@
+#include "fakes/FakeBridge.h"
+#include "fakes/FakeClock.h"
+#include "fakes/FakeProcesses.h"
+#include "phones/InviteSheet.h"
+#include "phones/PhoneInvite.h"
+#include "ui/HalfBlocks.h"
+#include "ui/QrModules.h"
+
+#include <gtest/gtest.h>
+
+namespace orvan {
+namespace {
+
+using namespace std::chrono_literals;
+using test::Reply;
+
+// A real PNG of a small code: the sheet only takes pictures it can read.
+std::string codePng() {
+    static const std::string png = [] {
+        // 1-bit greyscale is enough; build it from the module grid with the simulator-free writer below.
+        auto modules = ui::qrModules("x");
+        std::string raw;
+        for (int y = 0; y < modules->rows; ++y) {
+            raw.push_back(0);
+            for (int x = 0; x < modules->columns; ++x) raw.push_back(modules->at(x, y) ? 0 : '\xff');
+        }
+        // A stored (uncompressed) deflate block keeps this free of a compressor.
+        std::string z = "\x78\x01";
+        z.push_back(1);
+        const auto n = static_cast<std::uint16_t>(raw.size());
+        z.push_back(static_cast<char>(n & 0xff));
+        z.push_back(static_cast<char>(n >> 8));
+        z.push_back(static_cast<char>(~n & 0xff));
+        z.push_back(static_cast<char>((~n >> 8) & 0xff));
+        z += raw;
+        std::uint32_t a = 1, b = 0;
+        for (unsigned char c : raw) {
+            a = (a + c) % 65521;
+            b = (b + a) % 65521;
+        }
+        const std::uint32_t adler = (b << 16) | a;
+        for (int s = 24; s >= 0; s -= 8) z.push_back(static_cast<char>((adler >> s) & 0xff));
+        auto crc = [](const std::string& bytes) {
+            std::uint32_t c = 0xffffffff;
+            for (unsigned char ch : bytes) {
+                c ^= ch;
+                for (int k = 0; k < 8; ++k) c = (c >> 1) ^ (0xedb88320 & (0 - (c & 1)));
+            }
+            return ~c;
+        };
+        auto big = [](std::string& out, std::uint32_t v) {
+            for (int s = 24; s >= 0; s -= 8) out.push_back(static_cast<char>((v >> s) & 0xff));
+        };
+        auto chunk = [&](std::string& out, const std::string& type, const std::string& data) {
+            big(out, static_cast<std::uint32_t>(data.size()));
+            big(out, 0);
+            out.resize(out.size() - 4);
+            out += type + data;
+            big(out, crc(type + data));
+        };
+        std::string header;
+        big(header, static_cast<std::uint32_t>(modules->columns));
+        big(header, static_cast<std::uint32_t>(modules->rows));
+        header += std::string("\x08\x00\x00\x00\x00", 5);
+        std::string out = "\x89PNG\r\n\x1a\n";
+        chunk(out, "IHDR", header);
+        chunk(out, "IDAT", z);
+        chunk(out, "IEND", "");
+        return out;
+    }();
+    return png;
+}
+
+const char* kLink = "https://join.orvan.example/i/i%201#v1.secret";
+
+class InviteSheetTest : public testing::Test {
+protected:
+    void SetUp() override {
+        api_.on("GET", "/healthz", Reply::json(200, "ok"));
+        api_.on("GET", "/companion/status", Reply::json(200, R"({"phones":[{"id":"old","role":"owner"}]})"));
+        api_.on("GET", PhoneInvite::live, Reply::json(200, R"({"invites":[{"id":"i 1","kind":"qr"}]})"));
+        bridge_.start();
+        settle();
+        ASSERT_TRUE(bridge_.ready);
+        sheet_ = std::make_unique<InviteSheet>(bridge_, Calendar{"en_US", "UTC"});
+    }
+    // Answers without a delay arrive at once; this wakes whatever is due now.
+    void settle() { clock_.advance(0ms); }
+    template <class T> void run(Task<T> task) {
+        auto started = test::start(std::move(task));
+        for (int i = 0; i < 50 && !started.done(); ++i) clock_.advance(10ms);
+        ASSERT_TRUE(started.done());
+    }
+
+    test::FakeClock clock_;
+    test::FakeBridge api_{clock_};
+    test::FakeProcesses processes_;
+    Bridge bridge_{api_, clock_, processes_, BridgeSetup{}};
+    std::unique_ptr<InviteSheet> sheet_;
+};
+
+TEST_F(InviteSheetTest, MakeWalksItsStepsToAPictureALinkOrASentence) {
+    const std::string made = R"({"id":"i 1","link":")" + std::string(kLink) + R"(","kind":"KIND"})";
+    auto madeAs = [&](const char* kind) {
+        std::string body = made;
+        body.replace(body.find("KIND"), 4, kind);
+        return body;
+    };
+    struct Case {
+        const char* name;
+        InviteRole role;
+        InviteKind kind;
+        Reply make;
+        std::optional<Reply> picture;      // for the made invite's id
+        std::optional<Reply> olderPicture; // without an id
+        const char* note;
+        bool handedOver;
+        bool listed; // the unused invites were read after the make
+    } cases[] = {
+        {"transport", InviteRole::member, InviteKind::qr, Reply::failure(), {}, {}, "The bridge did not make an invite.", false, false},
+        {"429 with words", InviteRole::member, InviteKind::link, Reply::json(429, R"({"message":"Slow down."})"), {}, {}, "Slow down.", false, false},
+        {"503 bare", InviteRole::member, InviteKind::qr, Reply::json(503, ""), {}, {}, "The bridge did not make an invite.", false, false},
+        {"older, member QR", InviteRole::member, InviteKind::qr, Reply::empty(204), {}, Reply::json(200, codePng()), "", true, false},
+        {"older, no picture", InviteRole::member, InviteKind::qr, Reply::empty(204), {}, Reply::json(404, ""),
+         "This Mac's bridge is older and cannot make this invite. Update Orvan Companion.", false, false},
+        {"older, link", InviteRole::member, InviteKind::link, Reply::json(200, "{}"), {}, Reply::json(200, codePng()),
+         "This Mac's bridge is older and cannot make this invite. Update Orvan Companion.", false, false},
+        {"QR", InviteRole::member, InviteKind::qr, Reply::json(200, madeAs("qr")), Reply::json(200, codePng()), {}, "", true, true},
+        {"QR not a PNG", InviteRole::member, InviteKind::qr, Reply::json(200, madeAs("qr")), Reply::json(200, "GIF89a"), {},
+         "The invite was made, but its code could not be read.", false, true},
+        {"QR broken PNG", InviteRole::member, InviteKind::qr, Reply::json(200, madeAs("qr")),
+         Reply::json(200, codePng().substr(0, 40)), {}, "The invite was made, but its code could not be read.", false, true},
+        {"QR picture lost", InviteRole::member, InviteKind::qr, Reply::json(200, madeAs("qr")), Reply::failure(), {},
+         "The invite was made, but its code could not be read.", false, true},
+        {"link", InviteRole::member, InviteKind::link, Reply::json(200, madeAs("link")), {}, {}, "", true, true},
+        {"link downgraded", InviteRole::member, InviteKind::link,
+         Reply::json(200, R"({"id":"i 1","link":"http://join.orvan.example/i#v1.s"})"), {}, {},
+         "The invite was made, but its link could not be read.", false, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        sheet_ = std::make_unique<InviteSheet>(bridge_, Calendar{"en_US", "UTC"});
+        sheet_->draft.role = c.role;
+        api_.queue("POST", PhoneInvite::make, c.make);
+        if (c.picture) api_.queue("GET", PhoneInvite::png("i 1"), *c.picture);
+        if (c.olderPicture) api_.queue("GET", PhoneInvite::code, *c.olderPicture);
+        api_.clearRequests();
+        run(sheet_->make(c.kind));
+        EXPECT_EQ(sheet_->note, c.note);
+        EXPECT_EQ(sheet_->made.has_value(), c.handedOver);
+        EXPECT_FALSE(sheet_->busy);
+        EXPECT_EQ(api_.count(PhoneInvite::live) > 0, c.listed);
+        if (c.handedOver) {
+            EXPECT_EQ(sheet_->before, std::set<std::string>{"old"});
+            EXPECT_EQ(sheet_->madeKind, c.kind);
+            if (c.kind == InviteKind::qr) EXPECT_TRUE(sheet_->code);
+            else EXPECT_EQ(sheet_->link(), kLink);
+        }
+        if (c.picture) {
+            auto asked = api_.requestsTo(PhoneInvite::code);
+            ASSERT_FALSE(asked.empty());
+            EXPECT_EQ(asked.front().path, "/local/invite.png?id=i%201");
+        }
+    }
+}
+
+TEST_F(InviteSheetTest, TheRequestCarriesTheDraftAndNothingGoesOutWhileItCannot) {
+    sheet_->draft.role = InviteRole::guest;
+    run(sheet_->make(InviteKind::link));
+    EXPECT_EQ(api_.count(PhoneInvite::make), 0u) << "a guest with nothing picked is refused before asking";
+    sheet_->draft.projects = {"p"};
+    sheet_->draft.name = " Bo ";
+    api_.queue("POST", PhoneInvite::make, Reply::json(503, ""));
+    run(sheet_->make(InviteKind::link));
+    auto sent = api_.requestsTo(PhoneInvite::make);
+    ASSERT_EQ(sent.size(), 1u);
+    auto body = json::parse(*sent[0].body);
+    EXPECT_EQ((*body)["name"], "Bo");
+    EXPECT_EQ((*body)["guest"]["projects"], Json::array({"p"}));
+    EXPECT_EQ((*body)["guest"]["mode"], "watch");
+}
+
+TEST_F(InviteSheetTest, PollingReadsEveryFiveSecondsKeepsTheListOnBadAnswersAndEndsWithTheSheet) {
+    sheet_->appeared();
+    settle();
+    ASSERT_EQ(sheet_->live.size(), 1u);
+    api_.on("GET", PhoneInvite::live, Reply::json(200, "garbage"));
+    clock_.advance(5s);
+    settle();
+    EXPECT_EQ(sheet_->live.size(), 1u);
+    api_.on("GET", PhoneInvite::live, Reply::json(200, "{}"));
+    clock_.advance(4s);
+    settle();
+    EXPECT_EQ(sheet_->live.size(), 1u) << "not before five seconds";
+    clock_.advance(1s);
+    settle();
+    EXPECT_TRUE(sheet_->live.empty());
+    const auto reads = api_.count(PhoneInvite::live);
+    sheet_.reset();
+    clock_.advance(30s);
+    settle();
+    EXPECT_EQ(api_.count(PhoneInvite::live), reads);
+}
+
+TEST_F(InviteSheetTest, CancelSaysWhyItFailedAndReadsTheListAgain) {
+    LiveInvite invite;
+    invite.id = "a/b";
+    api_.queue("POST", PhoneInvite::cancel("a/b"), Reply::json(404, R"({"message":"Already used."})"));
+    run(sheet_->cancel(invite));
+    EXPECT_EQ(sheet_->note, "Already used.");
+    EXPECT_FALSE(sheet_->liveBusy);
+    api_.queue("POST", PhoneInvite::cancel("a/b"), Reply::failure());
+    run(sheet_->cancel(invite));
+    EXPECT_EQ(sheet_->note, "That invite was not cancelled.");
+    EXPECT_EQ(api_.requestsTo(PhoneInvite::cancel("a/b")).back().body, "{}");
+    EXPECT_EQ(api_.count(PhoneInvite::live), 2u);
+}
+
+TEST_F(InviteSheetTest, TheScopeIsReadForAGuestAndSaysWhenItCannotBe) {
+    api_.queue("GET", PhoneInvite::scope, Reply::json(500, ""));
+    sheet_->setRole(InviteRole::guest);
+    settle();
+    EXPECT_EQ(sheet_->scopeNote, "This Mac's projects and sessions could not be read, so a guest cannot be invited yet.");
+    api_.queue("GET", PhoneInvite::scope, Reply::json(200, R"({"projects":[{"id":"p"}]})"));
+    run(sheet_->loadScope());
+    EXPECT_EQ(sheet_->scopeNote, "");
+    ASSERT_TRUE(sheet_->scope);
+    EXPECT_EQ(sheet_->scope->projects.size(), 1u);
+    EXPECT_EQ(api_.requestsTo(PhoneInvite::scope).back().timeout, 15s);
+}
+
+} // namespace
+} // namespace orvan
