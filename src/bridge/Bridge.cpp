@@ -75,6 +75,7 @@ std::string Bridge::commandPath(const std::optional<std::string>& path) {
 void Bridge::start() {
     if (poll_) return;
     if (setup_.loginItem) assign(loginOn, setup_.loginItem->status() == LoginItem::Status::Enabled);
+    startDiagnostics();
     loadLid();
     poll_ = pollLoop(alive_);
     if (!updatePoll_) updatePoll_ = updatePollLoop(alive_);
@@ -278,8 +279,6 @@ void Bridge::showScreen(const CompanionScreen& next) {
     // Assigned only on a change, so views don't redraw for an unchanged screen.
     if (next != screen) assign(screen, next);
 }
-
-void Bridge::passDiagnostics(std::optional<bool>, std::optional<bool>) {}
 
 Task<void> Bridge::checkForUpdate(bool) { co_return; }
 

@@ -9,10 +9,12 @@
 #include "bridge/CompanionStatus.h"
 #include "bridge/RestartBackoff.h"
 #include "connections/LidWake.h"
+#include "diagnostics/Consent.h"
 #include "foundation/Async.h"
 #include "foundation/Carryover.h"
 #include "foundation/Observable.h"
 #include "foundation/UserDefaults.h"
+#include "platform/DiagnosticsSource.h"
 #include "platform/LocalApi.h"
 #include "platform/LoginItem.h"
 #include "platform/Processes.h"
@@ -30,6 +32,8 @@
 
 namespace orvan {
 
+class CrashReporter;
+
 // Where the bridge listens, and what the supervisor needs to know to launch one.
 struct BridgeSetup {
     std::string host = "127.0.0.1";
@@ -42,6 +46,10 @@ struct BridgeSetup {
     LoginItem* loginItem = nullptr;
     // The lid hold; without one the lid is left to the system.
     LidWake* lid = nullptr;
+    // The crash queue's hand-over and the program's own reports; without a reporter nothing is
+    // handed over. The consent is read from `defaults`.
+    CrashReporter* reporter = nullptr;
+    DiagnosticsSource* diagnostics = nullptr;
     // Where what was already said about other owners is kept; without it nothing is kept.
     std::shared_ptr<UserDefaults> defaults;
 };
@@ -91,6 +99,8 @@ public:
     // What the model listens to elsewhere (settings changes); ended with the model.
     std::vector<Observable::Subscription> observers;
     TimePoint diagnosticsSaid = distantPast();
+    // A change of the consent is told to the bridge at the next status.
+    Consent::Observation consentSeen;
 
     bool watched() const { return screen.watching && !screen.watching->empty(); }
     bool polling() const { return pollRunning_; }
@@ -98,6 +108,8 @@ public:
 
     // Starts supervising; a second call does nothing.
     void start();
+    // Its first step: the crash reporter starts, and a consent change is told at the next status.
+    void startDiagnostics();
     Task<void> ensure();
     Task<void> refresh();
     Task<void> recover();
@@ -147,6 +159,7 @@ private:
     Task<void> refreshJoins();
     void showScreen(const CompanionScreen& screen);
     void passDiagnostics(std::optional<bool> diagnostics, std::optional<bool> answered);
+    Task<void> tellDiagnostics(bool allowed);
     // The lid hold and the release check are their own subsystems' work.
     void refreshLid();
     // Once, at the first start: the stored wish; with it off, a release, so the lock and the wish agree.
