@@ -40,6 +40,10 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     setup.lid = &lidWake_;
     if (!setup.defaults) setup.defaults = UserDefaults::domain(AppInfo::bundleId, environment_);
     api_ = std::make_unique<QtLocalApi>(QString::fromStdString("http://" + setup.host + ":" + std::to_string(setup.port)));
+    reporter_ = std::make_unique<CrashReporter>(*api_, clock_, environment_, setup.defaults);
+    diagnostics_ = std::make_unique<LinuxDiagnostics>(DataFolder::bridge(environment_), AppInfo::shortVersion, AppInfo::buildNumber);
+    setup.reporter = reporter_.get();
+    setup.diagnostics = diagnostics_.get();
     bridge_ = std::make_unique<Bridge>(*api_, clock_, processes_, std::move(setup));
     accounts_ = std::make_unique<Accounts>(*api_, clock_, AccountsSetup{environment_, userHome(environment_), &terminal_});
     sandboxes_ = std::make_unique<Sandboxes>(*api_, clock_, environment_);
@@ -71,6 +75,12 @@ void Companion::startDesk() {
         }
     });
     bridge_->start();
+    // Asked once the window is up, until the owner answers under the current revision.
+    const Consent consent = Consent::load(*bridge_->setup().defaults, AppInfo::shortVersion);
+    if (consent.needsAsking()) {
+        desk_.askConsent = true;
+        desk_.consentOn = consent.on;
+    }
 }
 
 void Companion::willFinishLaunching() {
@@ -95,6 +105,8 @@ ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed,
     context.clipboard = clipboard_.get();
     context.mail = &mail_;
     context.hosts = hosts_.get();
+    context.consentDefaults = bridge_->setup().defaults.get();
+    context.appVersion = AppInfo::shortVersion;
     std::optional<TimePoint> wordsChange;
     if (wordsTimer) context.wordsChange = &wordsChange;
     const TimePoint now = clock_.now();

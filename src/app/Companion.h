@@ -8,6 +8,8 @@
 #include "computers/Hosts.h"
 #include "connections/LidWake.h"
 #include "connections/Tunnel.h"
+#include "diagnostics/CrashReporter.h"
+#include "platform/linux/LinuxDiagnostics.h"
 #include "platform/linux/LinuxTerminal.h"
 #include "platform/linux/LogindPower.h"
 #include "platform/linux/PosixProcesses.h"
@@ -74,6 +76,9 @@ private:
     LogindPower power_;
     LidWake lidWake_{power_};
     std::unique_ptr<QtLocalApi> api_;
+    // The program's own crash and hang reports, and the queue that hands them to the bridge.
+    std::unique_ptr<CrashReporter> reporter_;
+    std::unique_ptr<LinuxDiagnostics> diagnostics_;
     std::unique_ptr<Bridge> bridge_;
     std::unique_ptr<Accounts> accounts_;
     std::unique_ptr<Sandboxes> sandboxes_;

@@ -8,6 +8,8 @@
 #include "bridge/RemoteWords.h"
 #include "computers/ComputersSection.h"
 #include "connections/ConnectionsSection.h"
+#include "diagnostics/ConsentSheet.h"
+#include "diagnostics/PrivacySection.h"
 #include "connections/LidWords.h"
 #include "phones/PhonesSection.h"
 #include "sandboxes/SandboxSection.h"
@@ -101,6 +103,10 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     }
     card.push_back(EnvironmentsSection::build(bridge));
     if (context.themes) card.push_back(AppearanceSection::build(*context.themes));
+    if (context.consentDefaults) {
+        card.push_back(PrivacySection::build(*context.consentDefaults, context.appVersion, context.changed));
+        card.push_back(ConsentSheet::build(state.askConsent, state.consentOn, *context.consentDefaults, context.changed));
+    }
     card.push_back(loginRow(bridge));
     card.push_back(lidRow(bridge));
     card.push_back(ui::text(context.versionLabel).selectable().tone(ui::Tone::Dim).style(ui::TextStyle::Caption)

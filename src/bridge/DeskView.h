@@ -24,6 +24,7 @@ struct DeskState {
     std::optional<CompanionPhone> demoting;
     bool inviting = false;
     bool askConsent = false;
+    bool consentOn = false;
     PhonesViewState phonesView;
     AccountsViewState accounts;
     SandboxesViewState sandboxes;
@@ -56,6 +57,9 @@ struct DeskContext {
     // Where the view writes the first moment its words will change with the time alone (a guest's
     // "ends in 2 hours"), so the host draws again then; left absent when nothing will.
     std::optional<TimePoint>* wordsChange = nullptr;
+    // The stored consent and the version its preset reads; the Privacy section shows with them.
+    UserDefaults* consentDefaults = nullptr;
+    std::string appVersion;
     // Where a copied or shared invite link goes; without them those buttons are off.
     Clipboard* clipboard = nullptr;
     Mail* mail = nullptr;

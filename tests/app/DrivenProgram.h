@@ -3,6 +3,7 @@
 // its own bridge on 8787, driven through the text view's commands as an owner at a terminal would.
 
 #include "RealBridge.h"
+#include "foundation/Files.h"
 
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -38,6 +39,11 @@ protected:
         env.insert("COLUMNS", "120");
         env.insert("LANG", "en_US.UTF-8");
         for (const char* name : {"ORVAN_COMPANION_BIN", "TULM_COMPANION_BIN", "ORVAN_SIM_SANDBOX"}) env.remove(name);
+        // The first start asks about sending reports; these programs start as an owner who already
+        // answered no, so the window opens without the question. The privacy test asks for it.
+        if (answersConsent())
+            Files::write(home_.root / "config" / "orvan" / (std::string(ORVAN_BUNDLE_ID) + ".json"),
+                         R"({"orvan.consent.on":false,"orvan.consent.answered":2})");
         adjust(env);
         program_.setProcessEnvironment(env);
         QObject::connect(&program_, &QProcess::readyReadStandardOutput,
@@ -53,6 +59,8 @@ protected:
     }
     // What one test program adds to the environment.
     virtual void adjust(QProcessEnvironment&) {}
+    // Whether the consent question was answered before the first start.
+    virtual bool answersConsent() const { return true; }
 
     bool start() {
         program_.start(ORVAN_COMPANION_PATH, {"--headless"});

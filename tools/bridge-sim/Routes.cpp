@@ -1,6 +1,7 @@
 #include "Routes.h"
 
 #include "AccountsRoutes.h"
+#include "DiagnosticsRoutes.h"
 #include "InviteRoutes.h"
 #include "HostRoutes.h"
 #include "SandboxRoutes.h"
@@ -69,6 +70,7 @@ Reply answer(Sim& sim, const std::string& method, const std::string& target, con
     if (AccountsRoutes::owns(path)) return AccountsRoutes::answer(sim, method, target, body, now);
     if (SandboxRoutes::owns(path)) return SandboxRoutes::answer(sim, method, target, body, now);
     if (TunnelRoutes::owns(path)) return TunnelRoutes::answer(sim, method, path, body, now);
+    if (DiagnosticsRoutes::owns(path)) return DiagnosticsRoutes::answer(sim, method, path, body, now);
     if (HostRoutes::owns(path)) return HostRoutes::answer(sim, method, path, body, now);
     bool known = false;
     for (const auto& route : table()) {

@@ -6,6 +6,7 @@
 #include "app/Program.h"
 #include "app/desk/DeskWindow.h"
 #include "appearance/ThemeStore.h"
+#include "platform/linux/CrashHandler.h"
 #include "ui/qt/InkStyle.h"
 #include "ui/qt/SymbolIcons.h"
 
@@ -90,6 +91,8 @@ std::optional<std::string> unreachableDisplay(const Environment& environment) {
 
 int main(int argc, char** argv) {
     if (auto answered = app::answerInfo(argc, argv)) return *answered;
+    // First, so that a crash anywhere after it is caught and reported at the next start.
+    CrashHandler::installForProgram(Carryover::processEnvironment(), AppInfo::shortVersion, AppInfo::buildNumber);
     QCoreApplication::setApplicationName(QStringLiteral("Orvan Companion"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("quillmere.com"));
     Environment environment = Carryover::processEnvironment();
