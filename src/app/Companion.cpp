@@ -5,7 +5,9 @@
 #include "foundation/Files.h"
 #include "updates/CompanionVersion.h"
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QTimer>
 
 namespace orvan::app {
 
@@ -38,6 +40,15 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     setup.bundled = bundledBridge(executable);
     setup.loginItem = &login_;
     setup.lid = &lidWake_;
+    setup.grants = &grants_;
+    setup.identity = &identity_;
+    setup.activity = &activity_;
+    setup.program = desktopProgram(executable);
+    setup.terminate = [] { QTimer::singleShot(0, qApp, [] { QCoreApplication::quit(); }); };
+    setup.openFile = [this](const std::filesystem::path& file) {
+        std::string error;
+        processes_.launch(ChildSpec{"/usr/bin/xdg-open", {file.string()}, environment_}, error);
+    };
     if (!setup.defaults) setup.defaults = UserDefaults::domain(AppInfo::bundleId, environment_);
     api_ = std::make_unique<QtLocalApi>(QString::fromStdString("http://" + setup.host + ":" + std::to_string(setup.port)));
     reporter_ = std::make_unique<CrashReporter>(*api_, clock_, environment_, setup.defaults);

@@ -11,7 +11,10 @@
 #include "diagnostics/CrashReporter.h"
 #include "platform/linux/LinuxDiagnostics.h"
 #include "platform/linux/LinuxTerminal.h"
+#include "platform/AppActivity.h"
+#include "platform/linux/BuildIdentity.h"
 #include "platform/linux/LogindPower.h"
+#include "platform/linux/PortalPrivacyGrants.h"
 #include "platform/linux/PosixProcesses.h"
 #include "platform/linux/TerminalClipboard.h"
 #include "platform/linux/XdgMail.h"
@@ -58,6 +61,8 @@ public:
     // The desktop program brings the display's clipboard; the text view keeps the terminal's.
     void useClipboard(std::unique_ptr<Clipboard> clipboard) { clipboard_ = std::move(clipboard); }
     Clock& clock() { return clock_; }
+    // Told by a front end with windows whether the program is in front.
+    AppActivity& activity() { return activity_; }
     const Environment& environment() const { return environment_; }
     std::string versionLabel() const;
 
@@ -75,6 +80,9 @@ private:
     LinuxTerminal terminal_{environment_};
     LogindPower power_;
     LidWake lidWake_{power_};
+    PortalPrivacyGrants grants_{environment_};
+    BuildIdentity identity_{environment_, ORVAN_BUNDLE_ID};
+    AppActivity activity_;
     std::unique_ptr<QtLocalApi> api_;
     // The program's own crash and hang reports, and the queue that hands them to the bridge.
     std::unique_ptr<CrashReporter> reporter_;

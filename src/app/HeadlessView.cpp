@@ -80,6 +80,10 @@ void HeadlessView::requestRender() {
 void HeadlessView::renderNow() {
     auto tree = std::make_unique<ui::Node>(
         companion_.buildDesk(ThemeStore::shared(), [this] { requestRender(); }, &wordsTimer_));
+    // With no window to float in, the sharing bar heads the frame, its Stop button numbered with the rest.
+    const auto& bar = companion_.bridge().sharingBar;
+    if (bar.view() && !bar.drawnInWindow())
+        tree->children.insert(tree->children.begin(), ui::section("", {bar.view()->build()}).key("sharingBar"));
     fitForText(*tree);
     ui::TextFrame frame = ui::TextRenderer(terminalText(options_.width, options_.invert)).frame(*tree);
     // The controls point into the tree they came from, so the two are replaced together.

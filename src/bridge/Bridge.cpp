@@ -77,6 +77,7 @@ void Bridge::start() {
     if (setup_.loginItem) assign(loginOn, setup_.loginItem->status() == LoginItem::Status::Enabled);
     startDiagnostics();
     loadLid();
+    loadAccess();
     poll_ = pollLoop(alive_);
     if (!updatePoll_) updatePoll_ = updatePollLoop(alive_);
 }
@@ -274,11 +275,6 @@ Task<void> Bridge::setSidebar(std::string position) {
 }
 
 Task<void> Bridge::refreshJoins() { co_return; }
-
-void Bridge::showScreen(const CompanionScreen& next) {
-    // Assigned only on a change, so views don't redraw for an unchanged screen.
-    if (next != screen) assign(screen, next);
-}
 
 Task<void> Bridge::checkForUpdate(bool) { co_return; }
 

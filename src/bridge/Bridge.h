@@ -4,6 +4,8 @@
 // fields every two seconds, and owns the operations on this computer as a whole.
 
 #include "access/AccessKind.h"
+#include "access/AccessRecord.h"
+#include "access/AccessTrail.h"
 #include "bridge/CompanionPhone.h"
 #include "bridge/CompanionScreen.h"
 #include "bridge/CompanionStatus.h"
@@ -15,14 +17,19 @@
 #include "foundation/Observable.h"
 #include "foundation/UserDefaults.h"
 #include "platform/DiagnosticsSource.h"
+#include "platform/AppActivity.h"
+#include "platform/CodeIdentity.h"
 #include "platform/LocalApi.h"
 #include "platform/LoginItem.h"
+#include "platform/PrivacyGrants.h"
 #include "platform/Processes.h"
+#include "screen/SharingBar.h"
 #include "phones/OwnerNotice.h"
 #include "phones/OwnerNotices.h"
 #include "phones/ScopeList.h"
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -46,6 +53,16 @@ struct BridgeSetup {
     LoginItem* loginItem = nullptr;
     // The lid hold; without one the lid is left to the system.
     LidWake* lid = nullptr;
+    // The privacy grants, the program's identity and whether it is in front; without grants
+    // nothing is judged, without an identity the stored one is never questioned.
+    PrivacyGrants* grants = nullptr;
+    CodeIdentity* identity = nullptr;
+    AppActivity* activity = nullptr;
+    // What a relaunch opens again, and how this process then ends.
+    std::filesystem::path program;
+    std::function<void()> terminate;
+    // Opens a file in the desktop's program for it.
+    std::function<void(const std::filesystem::path&)> openFile;
     // The crash queue's hand-over and the program's own reports; without a reporter nothing is
     // handed over. The consent is read from `defaults`.
     CrashReporter* reporter = nullptr;
@@ -99,6 +116,10 @@ public:
     // What the model listens to elsewhere (settings changes); ended with the model.
     std::vector<Observable::Subscription> observers;
     TimePoint diagnosticsSaid = distantPast();
+    SharingBar sharingBar;
+    AccessTrail trail = AccessTrail::fresh();
+    AccessRecord kept;
+    std::optional<CompanionMark> markPending;
     // A change of the consent is told to the bridge at the next status.
     Consent::Observation consentSeen;
 
@@ -140,6 +161,19 @@ public:
     // One request of the local API, for the sheets that talk to the bridge themselves.
     Task<HttpAnswer> local(std::string path, std::optional<Json> body, Duration timeout);
     Clock& clock() { return clock_; }
+
+    // Screen sharing and the grants it needs.
+    Task<void> setScreen(bool on);
+    Task<void> stopScreen();
+    void openScreenLog();
+    std::filesystem::path screenLog() const;
+    void loadAccess();
+    void judgeAccess();
+    void ask(AccessKind kind);
+    // Opens the system's page for a grant; answers whether one opened.
+    bool openAccess(AccessKind kind);
+    void dismissAccessNote();
+    void relaunch();
 
     std::optional<std::filesystem::path> bridgeBinary() const;
     static std::string commandPath(const std::optional<std::string>& path);

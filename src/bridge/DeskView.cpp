@@ -12,7 +12,9 @@
 #include "diagnostics/PrivacySection.h"
 #include "connections/LidWords.h"
 #include "phones/PhonesSection.h"
+#include "platform/Clipboard.h"
 #include "sandboxes/SandboxSection.h"
+#include "screen/ScreenSection.h"
 
 namespace orvan {
 
@@ -94,6 +96,9 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     card.push_back(PhonesSection::build(bridge, state, now, context));
     if (context.tunnel)
         card.push_back(ConnectionsSection::build(*context.tunnel, state.connections, context.changed));
+    std::function<void(const std::string&)> copy;
+    if (Clipboard* clipboard = context.clipboard) copy = [clipboard](const std::string& text) { clipboard->putText(text, false); };
+    card.push_back(ScreenSection::build(bridge, copy));
     if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));
     if (context.hosts) card.push_back(ComputersSection::build(*context.hosts, state.computers, context.changed));
     if (context.accounts) {

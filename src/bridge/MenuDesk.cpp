@@ -1,6 +1,7 @@
 #include "bridge/MenuDesk.h"
 
 #include "connections/LidWords.h"
+#include "screen/SharingWords.h"
 
 namespace orvan {
 
@@ -17,6 +18,11 @@ ui::Node MenuDesk::build(Bridge& bridge, const MenuContext& context) {
                         .key("remote"));
     items.push_back(ui::toggle(LidWords::menu(bridge.lidOn), bridge.lidOn, [b](bool) { b->setLid(!b->lidOn); })
                         .key("lid"));
+    if (bridge.watched()) {
+        items.push_back(ui::text(SharingWords::menu(bridge.screen)).key("sharing"));
+        items.push_back(ui::button("Stop sharing the screen", [b] { spawn(b->stopScreen()); }).key("sharing.stop"));
+        items.push_back(ui::separator());
+    }
     items.push_back(ui::button("Open Orvan Companion", context.openDesk).key("open"));
     std::string label = context.versionLabel;
     auto copy = context.copy;

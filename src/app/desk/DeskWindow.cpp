@@ -73,13 +73,20 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     sandboxes_ = companion_.sandboxes().observe([this] { desk_->requestRender(); });
     tunnel_ = companion_.tunnel().observe([this] { desk_->requestRender(); });
     hosts_ = companion_.hosts().observe([this] { desk_->requestRender(); });
+    // The bar floats in a window of its own, and the grants are judged again when the owner comes
+    // back from the settings where they were given.
+    sharingBar_.setTonePalette(ui::qt::InkStyle::tones(themes_));
+    companion_.bridge().sharingBar.attach(&sharingBar_);
+    QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &context_, [this](Qt::ApplicationState state) {
+        companion_.activity().setActive(state == Qt::ApplicationActive);
+    });
     look_ = themes_.observe([this] { lookChanged(); });
     wordsTimer_.setSingleShot(true);
     wordsTimer_.setTimerType(Qt::CoarseTimer);
     QObject::connect(&wordsTimer_, &QTimer::timeout, &context_, [this] { desk_->requestRender(); });
 }
 
-DeskWindow::~DeskWindow() = default;
+DeskWindow::~DeskWindow() { companion_.bridge().sharingBar.attach(nullptr); }
 
 bool DeskWindow::CloseWatch::eventFilter(QObject*, QEvent* event) {
     if (event->type() == QEvent::Close && closed) closed();
@@ -120,6 +127,7 @@ void DeskWindow::lookChanged() {
     auto tones = ui::qt::InkStyle::tones(themes_);
     desk_->setTonePalette(tones);
     desk_->requestRender();
+    sharingBar_.setTonePalette(tones);
     if (menuHost_) {
         menuHost_->setTonePalette(tones);
         menuHost_->requestRender();
@@ -145,7 +153,13 @@ void DeskWindow::updateTrayIcon() {
 CommandAnswer DeskWindow::command(const std::string& line) {
     return commandOnView(
         line,
-        [this] { return companion_.buildDesk(themes_, [this] { desk_->requestRender(); }); },
+        [this] {
+            ui::Node tree = companion_.buildDesk(themes_, [this] { desk_->requestRender(); });
+            // The floating bar's button answers typed commands too, ahead of the window's own.
+            if (const auto& bar = companion_.bridge().sharingBar.view())
+                tree.children.insert(tree.children.begin(), ui::section("", {bar->build()}).key("sharingBar"));
+            return tree;
+        },
         [this] { desk_->requestRender(); });
 }
 

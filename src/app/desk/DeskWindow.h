@@ -7,6 +7,7 @@
 #include "appearance/ThemeStore.h"
 #include "foundation/Observable.h"
 #include "ui/qt/MenuHost.h"
+#include "ui/qt/SharingBarWindow.h"
 #include "ui/qt/WindowHost.h"
 
 #include <QMenu>
@@ -52,6 +53,7 @@ private:
     std::unique_ptr<QMenu> menu_;
     std::unique_ptr<ui::qt::MenuHost> menuHost_;
     std::unique_ptr<QSystemTrayIcon> tray_;
+    ui::qt::SharingBarWindow sharingBar_;
     std::string traySymbol_;
     ui::Tone trayTone_ = ui::Tone::Normal;
     QObject context_;
