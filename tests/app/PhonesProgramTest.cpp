@@ -140,6 +140,11 @@ TEST_F(PhonesProgram, LinkInviteIsHandedOverAndABadLinkIsNeverShown) {
     ASSERT_TRUE(settles([&] { return saw("Share a link"); })) << output_;
     // A guest: nothing can be made until something is picked.
     ASSERT_TRUE(type("choose Role Guest", "> Chose Guest")) << output_;
+    // Right after the start the other sections' long first reads can hold every connection to the
+    // bridge; the owner's way out of a read that timed out meanwhile is to try again.
+    ASSERT_TRUE(settles([&] { return saw("Move the build to Ninja") || saw("so a guest cannot be invited yet."); }))
+        << output_;
+    if (!saw("Move the build to Ninja")) ASSERT_TRUE(press("\"Try again\"")) << output_;
     ASSERT_TRUE(settles([&] { return saw("Payments API") && saw("Move the build to Ninja"); })) << output_;
     EXPECT_NE(lineWith("Share a link").find("[Share a link] (disabled)"), std::string::npos) << frame();
     ASSERT_TRUE(type("toggle \"Orvan site\"", "> ")) << output_;

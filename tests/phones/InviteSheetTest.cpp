@@ -231,3 +231,59 @@ TEST_F(InviteSheetTest, TheScopeIsReadForAGuestAndSaysWhenItCannotBe) {
 
 } // namespace
 } // namespace orvan
+
+namespace orvan {
+namespace {
+
+struct KeptClipboard final : Clipboard {
+    std::vector<std::pair<std::string, bool>> puts;
+    bool works = true;
+    bool putText(const std::string& text, bool concealed) override {
+        if (works) puts.emplace_back(text, concealed);
+        return works;
+    }
+};
+
+struct KeptMail final : Mail {
+    bool available = true;
+    std::vector<MailDraft> composed;
+    bool canMail() const override { return available; }
+    bool compose(const MailDraft& draft) override {
+        composed.push_back(draft);
+        return true;
+    }
+};
+
+TEST_F(InviteSheetTest, OnlyAGoodLinkIsCopiedConcealedOrMailed) {
+    KeptClipboard clipboard;
+    KeptMail mail;
+    sheet_->made = MadeInvite{"i", "http://join.orvan.example/i#v1.s", "link", std::nullopt};
+    sheet_->madeKind = InviteKind::link;
+    sheet_->copy(clipboard);
+    sheet_->share(&mail, &clipboard, "Studio");
+    EXPECT_TRUE(clipboard.puts.empty());
+    EXPECT_TRUE(mail.composed.empty());
+
+    sheet_->made->link = std::string(" ") + kLink + "\n";
+    sheet_->share(&mail, &clipboard, "Studio");
+    ASSERT_EQ(mail.composed.size(), 1u);
+    EXPECT_NE(mail.composed[0].body.find(kLink), std::string::npos);
+    EXPECT_FALSE(sheet_->copied);
+    mail.available = false;
+    sheet_->share(&mail, &clipboard, "Studio");
+    EXPECT_EQ(clipboard.puts, (std::vector<std::pair<std::string, bool>>{{kLink, true}}));
+    EXPECT_TRUE(sheet_->copied);
+    sheet_->another();
+    EXPECT_FALSE(sheet_->copied || sheet_->made);
+    EXPECT_EQ(sheet_->draft.role, InviteRole::member);
+
+    clipboard.works = false;
+    sheet_->made = MadeInvite{"i", kLink, "link", std::nullopt};
+    sheet_->madeKind = InviteKind::link;
+    sheet_->copy(clipboard);
+    EXPECT_FALSE(sheet_->copied);
+    EXPECT_EQ(sheet_->note, "The link could not be copied: there is no clipboard here.");
+}
+
+} // namespace
+} // namespace orvan
