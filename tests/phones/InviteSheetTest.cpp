@@ -3,8 +3,8 @@
 #include "fakes/FakeProcesses.h"
 #include "phones/InviteSheet.h"
 #include "phones/PhoneInvite.h"
-#include "ui/HalfBlocks.h"
-#include "ui/QrModules.h"
+#include "appearance/Swatch.h"
+#include "appearance/ThemeCatalog.h"
 
 #include <gtest/gtest.h>
 
@@ -14,62 +14,8 @@ namespace {
 using namespace std::chrono_literals;
 using test::Reply;
 
-// A real PNG of a small code: the sheet only takes pictures it can read.
-std::string codePng() {
-    static const std::string png = [] {
-        // 1-bit greyscale is enough; build it from the module grid with the simulator-free writer below.
-        auto modules = ui::qrModules("x");
-        std::string raw;
-        for (int y = 0; y < modules->rows; ++y) {
-            raw.push_back(0);
-            for (int x = 0; x < modules->columns; ++x) raw.push_back(modules->at(x, y) ? 0 : '\xff');
-        }
-        // A stored (uncompressed) deflate block keeps this free of a compressor.
-        std::string z = "\x78\x01";
-        z.push_back(1);
-        const auto n = static_cast<std::uint16_t>(raw.size());
-        z.push_back(static_cast<char>(n & 0xff));
-        z.push_back(static_cast<char>(n >> 8));
-        z.push_back(static_cast<char>(~n & 0xff));
-        z.push_back(static_cast<char>((~n >> 8) & 0xff));
-        z += raw;
-        std::uint32_t a = 1, b = 0;
-        for (unsigned char c : raw) {
-            a = (a + c) % 65521;
-            b = (b + a) % 65521;
-        }
-        const std::uint32_t adler = (b << 16) | a;
-        for (int s = 24; s >= 0; s -= 8) z.push_back(static_cast<char>((adler >> s) & 0xff));
-        auto crc = [](const std::string& bytes) {
-            std::uint32_t c = 0xffffffff;
-            for (unsigned char ch : bytes) {
-                c ^= ch;
-                for (int k = 0; k < 8; ++k) c = (c >> 1) ^ (0xedb88320 & (0 - (c & 1)));
-            }
-            return ~c;
-        };
-        auto big = [](std::string& out, std::uint32_t v) {
-            for (int s = 24; s >= 0; s -= 8) out.push_back(static_cast<char>((v >> s) & 0xff));
-        };
-        auto chunk = [&](std::string& out, const std::string& type, const std::string& data) {
-            big(out, static_cast<std::uint32_t>(data.size()));
-            big(out, 0);
-            out.resize(out.size() - 4);
-            out += type + data;
-            big(out, crc(type + data));
-        };
-        std::string header;
-        big(header, static_cast<std::uint32_t>(modules->columns));
-        big(header, static_cast<std::uint32_t>(modules->rows));
-        header += std::string("\x08\x00\x00\x00\x00", 5);
-        std::string out = "\x89PNG\r\n\x1a\n";
-        chunk(out, "IHDR", header);
-        chunk(out, "IDAT", z);
-        chunk(out, "IEND", "");
-        return out;
-    }();
-    return png;
-}
+// A real, readable PNG: the sheet only takes pictures it can draw.
+std::string codePng() { return Swatch::png(ThemeCatalog::all().front()); }
 
 const char* kLink = "https://join.orvan.example/i/i%201#v1.secret";
 
