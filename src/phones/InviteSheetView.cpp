@@ -14,7 +14,7 @@ constexpr int codeSide = 220;
 
 ui::Node caption(std::string words) { return ui::text(std::move(words)).tone(ui::Tone::Dim).style(ui::TextStyle::Caption); }
 
-ui::Node scopePick(InviteSheet& sheet) {
+ui::Node scopePick(InviteSheet& sheet, bool replies) {
     InviteSheet* m = &sheet;
     ui::Nodes rows;
     if (!sheet.scope && sheet.scopeNote.empty()) {
@@ -39,13 +39,13 @@ ui::Node scopePick(InviteSheet& sheet) {
         };
         list("Projects", sheet.scope->projects, true);
         list("Sessions", sheet.scope->sessions, false);
-        rows.push_back(caption(InviteWords::scopeHelp(InviteOffer::guestReplies)));
+        rows.push_back(caption(InviteWords::scopeHelp(replies)));
     }
     return ui::section("What they see", std::move(rows)).key("scope");
 }
 
-ui::Node guestMay(InviteSheet& sheet) {
-    if (!InviteOffer::guestReplies) return ui::text(InviteWords::does(sheet.draft, false)).key("does");
+ui::Node guestMay(InviteSheet& sheet, bool replies) {
+    if (!replies) return ui::text(InviteWords::does(sheet.draft, false)).key("does");
     InviteSheet* m = &sheet;
     ui::Nodes rows;
     rows.push_back(ui::picker("What they may do",
@@ -87,7 +87,7 @@ ui::Node endsAfter(InviteSheet& sheet) {
     return ui::vstack(std::move(rows)).key("end");
 }
 
-ui::Nodes form(InviteSheet& sheet) {
+ui::Nodes form(InviteSheet& sheet, bool replies) {
     InviteSheet* m = &sheet;
     ui::Nodes body;
     body.push_back(ui::field("invite.name", "Name", sheet.draft.name, [m](const std::string& text) { m->setName(text); })
@@ -104,8 +104,8 @@ ui::Nodes form(InviteSheet& sheet) {
     const bool guest = sheet.draft.role == InviteRole::guest;
     body.push_back(caption(guest ? InviteWords::guest : InviteWords::member));
     if (guest) {
-        body.push_back(scopePick(sheet));
-        body.push_back(guestMay(sheet));
+        body.push_back(scopePick(sheet, replies));
+        body.push_back(guestMay(sheet, replies));
         body.push_back(endsAfter(sheet));
     }
     return body;
@@ -176,7 +176,7 @@ ui::Node unused(InviteSheet& sheet, PhonesViewState& state, TimePoint now, const
 
 ui::Node build(InviteSheet& sheet, Bridge& bridge, PhonesViewState& state, TimePoint now, const Context& context) {
     InviteSheet* m = &sheet;
-    ui::Nodes body = sheet.made ? handover(sheet, bridge, context) : form(sheet);
+    ui::Nodes body = sheet.made ? handover(sheet, bridge, context) : form(sheet, context.replies);
     if (!sheet.note.empty()) body.push_back(ui::text(sheet.note).tone(ui::Tone::Danger).key("note"));
     if (sheet.busy) body.push_back(ui::spinner("Making the invite\u2026"));
     const bool canMake = sheet.canMake(now);

@@ -2,6 +2,7 @@
 // The invite sheet: the form, then the handover of the code or link, and the unused invites.
 
 #include "foundation/Time.h"
+#include "phones/InviteDraft.h"
 #include "ui/Node.h"
 
 #include <functional>
@@ -22,6 +23,8 @@ struct Context {
     std::function<void()> changed;
     Clipboard* clipboard = nullptr;
     Mail* mail = nullptr;
+    // Whether a guest may be let reply; a build-time choice, open here so both forms can be seen.
+    bool replies = InviteOffer::guestReplies;
 };
 
 ui::Node build(InviteSheet& sheet, Bridge& bridge, PhonesViewState& state, TimePoint now, const Context& context);

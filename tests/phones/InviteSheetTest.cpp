@@ -2,8 +2,12 @@
 #include "fakes/FakeClock.h"
 #include "fakes/FakeProcesses.h"
 #include "phones/InviteSheet.h"
+#include "phones/InviteSheetView.h"
+#include "phones/PhonesViewState.h"
+#include "ui/TextRenderer.h"
 #include "phones/PhoneInvite.h"
 #include "appearance/Swatch.h"
+#include "phones/InviteWords.h"
 #include "appearance/ThemeCatalog.h"
 
 #include <gtest/gtest.h>
@@ -229,6 +233,34 @@ TEST_F(InviteSheetTest, OnlyAGoodLinkIsCopiedConcealedOrMailed) {
     sheet_->copy(clipboard);
     EXPECT_FALSE(sheet_->copied);
     EXPECT_EQ(sheet_->note, "The link could not be copied: there is no clipboard here.");
+}
+
+} // namespace
+} // namespace orvan
+
+namespace orvan {
+namespace {
+
+TEST_F(InviteSheetTest, RepliesOffOffersNoModeWhileOnItOffersOneAndWarnsOfReplying) {
+    sheet_->draft.role = InviteRole::guest;
+    sheet_->scope = ScopeList{{{"p", "Site", ""}}, {}};
+    sheet_->draft.mode = GuestMode::reply;
+    PhonesViewState state;
+    auto drawn = [&](bool replies) {
+        InviteSheetView::Context context;
+        context.replies = replies;
+        return ui::TextRenderer().render(InviteSheetView::build(*sheet_, bridge_, state, clock_.now(), context));
+    };
+    const std::string off = drawn(false);
+    EXPECT_NE(off.find(InviteWords::watches), std::string::npos) << off;
+    EXPECT_EQ(off.find("What they may do"), std::string::npos);
+    EXPECT_NE(off.find("and new ones as they start"), std::string::npos);
+    const std::string on = drawn(true);
+    EXPECT_NE(on.find("What they may do: ( ) Watch  (\u2022) Can reply"), std::string::npos) << on;
+    EXPECT_NE(on.find("<exclamationmark.triangle, warning>  A guest who can reply directs the agent"), std::string::npos) << on;
+    EXPECT_NE(on.find("lets Can reply start new ones there"), std::string::npos);
+    sheet_->setMode(GuestMode::watch);
+    EXPECT_EQ(drawn(true).find("A guest who can reply"), std::string::npos);
 }
 
 } // namespace
