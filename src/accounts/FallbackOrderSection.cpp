@@ -31,11 +31,12 @@ ui::Node build(Accounts& accounts) {
         rows.push_back(ui::text("Nothing is in the order yet. Turn an account on below to add it.")
                            .tone(ui::Tone::Dim)
                            .key("emptyOrder"));
+    ui::Nodes order;
     for (const auto& account : included) {
         const std::string id = account.id;
         const auto up = FallbackOrder::stepped(cleaned, id, -1);
         const auto down = FallbackOrder::stepped(cleaned, id, 1);
-        rows.push_back(ui::row(rowTitle(account), AccountWords::kindLine(account),
+        order.push_back(ui::row(rowTitle(account), AccountWords::kindLine(account),
                                {
                                    ui::button("Move up", [m, up] { save(*m, up, m->autoSwitch); })
                                        .enabled(up != cleaned)
@@ -53,6 +54,12 @@ ui::Node build(Accounts& accounts) {
                            .help("Drag to reorder.")
                            .key("order:" + id));
     }
+    if (!order.empty())
+        rows.push_back(ui::vstack(std::move(order))
+                           .reorder([m, cleaned](int from, int to) {
+                               save(*m, FallbackOrder::moved(cleaned, {from}, to), m->autoSwitch);
+                           })
+                           .key("order"));
     for (const auto& account : FallbackOrder::excluded(accounts.chain, accounts.list)) {
         const std::string id = account.id;
         rows.push_back(ui::row(rowTitle(account), AccountWords::kindLine(account),

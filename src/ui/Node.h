@@ -105,6 +105,9 @@ struct Node {
     std::function<void(const std::string&)> onChoose; // picker: the chosen value
     std::function<void(const std::string&)> onChange; // field: the text as the user left it
     std::function<void()> onSubmit;                 // field: the return key
+    // Vertical stack: its children may be dragged into another order. Called with the dragged
+    // child's place and the place it was dropped at, both counted in the list before the move.
+    std::function<void(int, int)> onMove;
 
     // Chained setters, so a view can write `ui::button(...).enabled(false).help("...")`.
     Node& key(std::string value) & { identity = std::move(value); return *this; }
@@ -135,6 +138,8 @@ struct Node {
     Node&& submit(std::function<void()> action) && { onSubmit = std::move(action); return std::move(*this); }
     Node& dismiss(std::function<void()> action) & { onPress = std::move(action); return *this; }
     Node&& dismiss(std::function<void()> action) && { onPress = std::move(action); return std::move(*this); }
+    Node& reorder(std::function<void(int, int)> action) & { onMove = std::move(action); return *this; }
+    Node&& reorder(std::function<void(int, int)> action) && { onMove = std::move(action); return std::move(*this); }
     Node& pickerAs(PickerStyle value) & { pickerStyle = value; return *this; }
     Node&& pickerAs(PickerStyle value) && { pickerStyle = value; return std::move(*this); }
 };

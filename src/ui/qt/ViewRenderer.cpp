@@ -9,6 +9,10 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
+#include <QDrag>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QMouseEvent>
 #include <QFontDatabase>
 #include <QFrame>
 #include <QHBoxLayout>
@@ -52,6 +56,7 @@ struct Actions {
     std::function<void(const std::string&)> onChoose;
     std::function<void(const std::string&)> onChange;
     std::function<void()> onSubmit;
+    std::function<void(int, int)> onMove;
     std::vector<std::string> choiceValues;
 };
 
@@ -61,9 +66,102 @@ void take(Actions& actions, const Node& node) {
     actions.onChoose = node.onChoose;
     actions.onChange = node.onChange;
     actions.onSubmit = node.onSubmit;
+    actions.onMove = node.onMove;
     actions.choiceValues.clear();
     for (const auto& choice : node.choices) actions.choiceValues.push_back(choice.value);
 }
+
+// Drag to reorder the children of a vertical stack. Presses that no control inside took reach the
+// stack itself; a drag starts from there, and a drop on the same stack tells the new place.
+class ReorderFilter final : public QObject {
+public:
+    static constexpr const char* format = "application/x-orvan-reorder";
+
+    ReorderFilter(QWidget* stack, std::shared_ptr<Actions> actions, std::shared_ptr<ActionDispatcher> dispatcher)
+        : QObject(stack), stack_(stack), actions_(std::move(actions)), dispatcher_(std::move(dispatcher)) {}
+
+    // The child at a point of the stack, or -1.
+    static int childAt(QWidget* stack, QPoint at) {
+        QLayout* layout = stack->layout();
+        for (int i = 0; layout && i < layout->count(); ++i)
+            if (QWidget* w = layout->itemAt(i)->widget(); w && w->isVisible() && w->geometry().contains(at)) return i;
+        return -1;
+    }
+    // The place a drop at this height goes to: after every child whose middle lies above it.
+    static int placeAt(QWidget* stack, QPoint at) {
+        QLayout* layout = stack->layout();
+        int place = 0;
+        for (int i = 0; layout && i < layout->count(); ++i)
+            if (QWidget* w = layout->itemAt(i)->widget(); w && w->isVisible() && w->geometry().center().y() < at.y())
+                place = i + 1;
+        return place;
+    }
+    static QByteArray payload(QWidget* stack, int from) {
+        return QByteArray::number(reinterpret_cast<quintptr>(stack)) + ":" + QByteArray::number(from);
+    }
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (!actions_->onMove) return false;
+        switch (event->type()) {
+        case QEvent::MouseButtonPress: {
+            auto* press = static_cast<QMouseEvent*>(event);
+            if (press->button() == Qt::LeftButton) pressed_ = press->position().toPoint();
+            return false;
+        }
+        case QEvent::MouseMove: {
+            auto* move = static_cast<QMouseEvent*>(event);
+            if (!(move->buttons() & Qt::LeftButton) || !pressed_) return false;
+            if ((move->position().toPoint() - *pressed_).manhattanLength() < QApplication::startDragDistance()) return false;
+            const int from = childAt(stack_, *pressed_);
+            pressed_.reset();
+            if (from < 0) return false;
+            auto* mime = new QMimeData;
+            mime->setData(format, payload(stack_, from));
+            auto* drag = new QDrag(stack_);
+            drag->setMimeData(mime);
+            if (QWidget* child = stack_->layout()->itemAt(from)->widget()) drag->setPixmap(child->grab());
+            drag->exec(Qt::MoveAction);
+            return true;
+        }
+        case QEvent::DragEnter:
+        case QEvent::DragMove: {
+            auto* drag = static_cast<QDropEvent*>(event);
+            if (!ours(drag->mimeData())) return false;
+            drag->acceptProposedAction();
+            return true;
+        }
+        case QEvent::Drop: {
+            auto* drop = static_cast<QDropEvent*>(event);
+            auto from = ours(drop->mimeData());
+            if (!from) return false;
+            const int to = placeAt(stack_, drop->position().toPoint());
+            drop->acceptProposedAction();
+            if (to != *from && to != *from + 1)
+                dispatcher_->run([call = actions_->onMove, f = *from, to] { call(f, to); });
+            return true;
+        }
+        default: return false;
+        }
+    }
+
+private:
+    // The dragged child's place, when the drag began on this very stack.
+    std::optional<int> ours(const QMimeData* mime) const {
+        if (!mime || !mime->hasFormat(format)) return std::nullopt;
+        const QList<QByteArray> parts = mime->data(format).split(':');
+        if (parts.size() != 2 || parts[0] != QByteArray::number(reinterpret_cast<quintptr>(stack_))) return std::nullopt;
+        bool ok = false;
+        const int from = parts[1].toInt(&ok);
+        if (!ok) return std::nullopt;
+        return from;
+    }
+
+    QWidget* stack_;
+    std::shared_ptr<Actions> actions_;
+    std::shared_ptr<ActionDispatcher> dispatcher_;
+    std::optional<QPoint> pressed_;
+};
 
 void setText(QLabel* label, const QString& text) {
     if (label->text() != text) label->setText(text);
@@ -445,6 +543,7 @@ std::unique_ptr<ViewRenderer::Mounted> ViewRenderer::create(const Node& node, QW
         } else {
             m->childLayout = new QVBoxLayout(stack);
             m->childLayout->setSpacing(8);
+            stack->installEventFilter(new ReorderFilter(stack, actions, dispatcher));
         }
         m->childLayout->setContentsMargins(0, 0, 0, 0);
         m->widget = stack;
@@ -614,7 +713,9 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
         }
         break;
     }
-    case Kind::Stack: break;
+    case Kind::Stack:
+        if (widget->acceptDrops() != bool(node.onMove)) widget->setAcceptDrops(bool(node.onMove));
+        break;
     case Kind::Text: {
         auto* label = static_cast<QLabel*>(widget);
         const QString words = qs(node.text);
