@@ -132,6 +132,11 @@ std::optional<TimePoint> calendarDay(const std::string& text, const Place& place
     return TimePoint(std::chrono::duration_cast<TimePoint::duration>(std::chrono::milliseconds(static_cast<long long>(noon))));
 }
 
+std::optional<std::string> readinessDetail(const std::string& status, const std::string& provider,
+                                           const std::string& kind) {
+    return ReadinessWords::detail(status, provider, kind, ReadinessWords::ReadinessPlace{});
+}
+
 Place placeFrom(const Environment& environment) {
     Place place;
     for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) {

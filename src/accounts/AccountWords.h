@@ -37,6 +37,9 @@ std::string bedrockModel(const CompanionAccount& account);
 std::string position(const std::string& id, const std::vector<std::string>& chain);
 std::string detail(const CompanionAccount& account, const std::vector<std::string>& chain);
 std::string keyButton(const CompanionAccount& account);
+// The advice under a row's readiness, told without a place.
+std::optional<std::string> readinessDetail(const std::string& status, const std::string& provider,
+                                           const std::string& kind);
 
 // A point in time in the user's words: the locale's form of "jmm" on the same day as `now`,
 // "EEEjmm" within the next six days, "MMMdjmm" otherwise.

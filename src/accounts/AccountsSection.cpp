@@ -4,6 +4,7 @@
 #include "accounts/AccountProvider.h"
 #include "accounts/AccountWords.h"
 #include "accounts/AddAccountSheet.h"
+#include "accounts/ReadinessWords.h"
 #include "accounts/PortableToken.h"
 #include "accounts/AccountsListing.h"
 #include "accounts/UsageReading.h"
@@ -46,6 +47,8 @@ ui::Nodes rowWords(const Accounts& accounts, const AccountRowModel& row, TimePoi
                             .tone(a.status == "ready" ? ui::Tone::Good : ui::Tone::Warning)
                             .style(ui::TextStyle::Caption));
         if (a.isBedrock()) words.push_back(ui::text(AccountWords::bedrockModel(a)).tone(ui::Tone::Dim).style(ui::TextStyle::Caption));
+        if (auto advice = ReadinessWords::detail(a.status, a.provider, a.kind, {ReadinessWords::ReadinessPlace::Kind::thisMac, ""}))
+            words.push_back(ui::text(*advice).tone(ui::Tone::Dim).style(ui::TextStyle::Caption).key("advice"));
     } else {
         words.push_back(ui::text(AccountProviders::name(row.provider) + " · " + UsageWords::macLogin)
                             .tone(ui::Tone::Dim)

@@ -163,6 +163,23 @@ TEST_F(SectionTest, TheAddSheetSendsWhatItsWayNeedsAndForgetsTheKey) {
     EXPECT_EQ(*api_.requestsTo("/companion/accounts/n1/key")[0].body, R"({"key":"sk-three"})");
     EXPECT_FALSE(has(render(), "sk-")) << frame_.text;
 
+    // A new login is offered its sign-in at once; with no terminal to open, the row says so.
+    api_.on("POST", "/companion/accounts",
+            Reply::json(201, R"({"account":{"id":"n2","provider":"claude","label":"New","kind":"login","status":"needs_login"}})"));
+    api_.on("POST", "/companion/accounts/n2/login", Reply::json(200, R"({"argv":["claude","login"]})"));
+    ASSERT_TRUE(command("press \"Add an account…\"").accepted);
+    ASSERT_TRUE(command("choose Way \"Sign in with a new account\"").accepted);
+    ASSERT_TRUE(command("type Label New").accepted);
+    ASSERT_TRUE(command("press Add").accepted);
+    settle();
+    EXPECT_TRUE(has(render(), "Sign in opens Terminal with Claude's sign-in for this account. Finish signing in there, then come back here."))
+        << frame_.text;
+    ASSERT_TRUE(command("press \"Sign in\"").accepted) << frame_.text;
+    settle();
+    EXPECT_FALSE(state_.adding);
+    EXPECT_EQ(api_.count("/companion/accounts/n2/login"), 1u);
+    EXPECT_EQ(accounts_.rowNote["n2"], "Terminal could not be opened.");
+
     // Adopting the one codex login: the Add button needs nothing but a label.
     ASSERT_TRUE(command("press \"Add an account…\"").accepted);
     ASSERT_TRUE(command("choose Provider Codex").accepted);
