@@ -70,6 +70,11 @@ const std::string kNoPhone = R"(== Phones ==
   From the phone, Orvan runs the coding agents on this Mac and the computers it adds: Claude Code, Codex, Gemini, Grok, Cursor and Amazon Bedrock, and Tulm's sessions too, over SSH and in sandbox desktops.
   [Invite someone…]
 )";
+// A status that says nothing of the screen: no helper to share it with.
+const std::string kNoScreen = R"(--
+  [ ] Remote desktop (disabled)
+  This copy of the companion cannot share the screen.
+)";
 const std::string kOrvanOnly = R"(== Environments ==
   What runs threads on this Mac.
   Orvan
@@ -92,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(
   Your iPhone uses this name.
   Starting remote control.
   [ ] Remote control (disabled)
-)" + kReach + kNoPhone + kOrvanOnly},
+)" + kReach + kNoPhone + kNoScreen + kOrvanOnly},
         CardCase{"ReadyWithPhonesAndALoginNote",
                  [](Bridge& b, DeskState&, TimePoint now) {
                      b.ready = b.on = b.loginOn = true;
@@ -125,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
   iPhone  [Make owner]  [Remove]
     Member
   [Invite someone…]
-== Environments ==
+)" + kNoScreen + R"(== Environments ==
   What runs threads on this Mac.
   Orvan
     Agents Orvan runs directly
@@ -153,7 +158,7 @@ Version 0.1.0 (7)
   Your iPhone uses this name.
   Starting remote control.
   [ ] Remote control (disabled)
-)" + kReach + kNoPhone + kOrvanOnly}),
+)" + kReach + kNoPhone + kNoScreen + kOrvanOnly}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(DeskViewTest, SwitchesCarryTheirHelp) {
