@@ -269,19 +269,6 @@ TEST_F(BridgeAccessTest, TheBarTheSectionAndTheMenuFollowWhoWatches) {
     EXPECT_EQ(api_.count("/companion/screen/stop"), 1u);
 }
 
-TEST_F(BridgeAccessTest, TheSwitchAndItsLinesFollowTheHelper) {
-    screen(R"({"available":false})");
-    Bridge& bridge = launch();
-    std::string text = section();
-    EXPECT_TRUE(has(text, "This copy of the companion cannot share the screen.")) << text;
-    EXPECT_TRUE(has(text, "Remote desktop (disabled)")) << text;
-    screen(R"({"available":true,"on":false})");
-    run(bridge.refresh());
-    text = section();
-    EXPECT_TRUE(has(text, "Off. Your iPhone cannot see this screen.")) << text;
-    EXPECT_FALSE(has(text, "(disabled)")) << text;
-}
-
 TEST_F(BridgeAccessTest, TheLogOpensOnlyWhenTheBridgeWroteOne) {
     Bridge& bridge = launch();
     bridge.openScreenLog();
