@@ -41,17 +41,17 @@ ChildSpec Relaunch::plan(const std::filesystem::path& app, int pid, std::optiona
     };
     std::string text;
     for (const auto& line : script()) text += line + "\n";
-    ChildSpec spec;
-    spec.executable = shell;
-    spec.arguments = {"-c", text, "relaunch", app.string(), std::to_string(pid)};
-    if (bridge) spec.arguments.push_back(std::to_string(*bridge));
+    ChildSpec child;
+    child.executable = shell;
+    child.arguments = {"-c", text, "relaunch", app.string(), std::to_string(pid)};
+    if (bridge) child.arguments.push_back(std::to_string(*bridge));
     std::string user = value("USER");
     if (user.empty())
         if (const passwd* entry = ::getpwuid(::getuid())) user = entry->pw_name;
-    spec.environment = {{"HOME", value("HOME")}, {"USER", user}, {"PATH", "/usr/bin:/bin:/usr/sbin:/sbin"}};
+    child.environment = {{"HOME", value("HOME")}, {"USER", user}, {"PATH", "/usr/bin:/bin:/usr/sbin:/sbin"}};
     for (const auto& name : session())
-        if (!value(name).empty()) spec.environment[name] = value(name);
-    return spec;
+        if (!value(name).empty()) child.environment[name] = value(name);
+    return child;
 }
 
 bool Relaunch::begin(Processes& processes, const std::filesystem::path& app, int pid, std::optional<int> bridge,
