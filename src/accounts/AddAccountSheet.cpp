@@ -109,6 +109,10 @@ ui::Node build(Accounts& accounts, AccountsViewState& state, std::function<void(
             .key("addAccount");
     }
 
+    // The lists may change under an open sheet; the picks follow them.
+    form.settle(accounts.found);
+    if (form.way == Way::bedrock && form.bedrockAuth == BedrockAuth::profile) form.settleProfile(accounts.awsProfiles);
+
     ui::Nodes body;
     std::vector<ui::Choice> providers;
     for (auto p : AccountProviders::all) providers.push_back({AccountProviders::name(p), AccountProviders::raw(p)});
