@@ -165,9 +165,11 @@ ui::Node build(Accounts& accounts, AccountsViewState& state, TimePoint now, std:
         body.push_back(ui::text("The CLI's own login on this Mac.").tone(ui::Tone::Dim));
     } else {
         const CompanionAccount& a = *row->account;
-        if (a.portable)
+        if (a.portable) {
+            body.push_back(ui::text(PortableToken::ready).tone(ui::Tone::Good).key("portable"));
             body.push_back(ui::text("Your iPhone can copy this account to another computer, under Settings, Accounts.")
                                .tone(ui::Tone::Dim));
+        }
         if (a.status == "missing_profile")
             body.push_back(ui::text((a.bedrock ? a.bedrock->profile : std::string()) +
                                     " is no longer in ~/.aws/config or ~/.aws/credentials. Add it there again, or add "

@@ -3,6 +3,7 @@
 
 #include "accounts/Accounts.h"
 
+#include "accounts/AutoResume.h"
 #include "accounts/FallbackOrder.h"
 #include "accounts/LoginCommand.h"
 #include "accounts/PortableToken.h"
@@ -31,12 +32,6 @@ std::string failureNote(const HttpAnswer& answer, const char* fallback) {
     return LocalRequest::message(answer.body).value_or(fallback);
 }
 
-// The auto-resume answer: its one key, or nothing when the body says nothing usable.
-std::optional<bool> autoResumeValue(const std::string& body) {
-    auto tree = Json::parse(body, nullptr, false);
-    if (!tree.is_object() || !tree.contains("autoResume") || !tree["autoResume"].is_boolean()) return std::nullopt;
-    return tree["autoResume"].get<bool>();
-}
 } // namespace
 
 void Accounts::setRowNote(const std::string& id, std::optional<std::string> sentence) {
@@ -176,10 +171,10 @@ Task<void> Accounts::readAutoResume() {
     if (answer.status == 404 || answer.status == 503) {
         assign(autoResumeUnsupported, true);
         assign(autoResume, std::optional<bool>());
-        assign(autoResumeNote, std::string("This Mac's bridge keeps no usage-limit setting."));
+        assign(autoResumeNote, std::string(AutoResume::unsupported));
         co_return;
     }
-    auto value = LocalRequest::ok(answer) ? autoResumeValue(answer.body) : std::nullopt;
+    auto value = LocalRequest::ok(answer) ? AutoResume::read(answer.body) : std::nullopt;
     if (!value) {
         assign(autoResumeNote, LocalRequest::message(answer.body).value_or("The switch could not be read."));
         co_return;
@@ -197,7 +192,7 @@ Task<void> Accounts::setAutoResume(bool on) {
     HttpAnswer answer = co_await send("/companion/limits", std::move(body), LocalRequest::defaultTimeout);
     if (alive.cancelled()) co_return;
     if (LocalRequest::ok(answer)) {
-        if (auto value = autoResumeValue(answer.body)) assign(autoResume, value);
+        if (auto value = AutoResume::read(answer.body)) assign(autoResume, value);
         assign(autoResumeNote, std::string());
         co_return;
     }
