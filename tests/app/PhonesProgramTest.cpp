@@ -20,6 +20,9 @@ constexpr const char* kFrame = "\u2500\u2500\u2500\u2500\u2500\u2500\u2500\u2500
 
 class PhonesProgram : public DrivenProgram {
 protected:
+    // The computers' opening checks hold a connection for seconds each; with them the invite
+    // sheet's scope read can wait out its time twice on a loaded machine.
+    void adjust(QProcessEnvironment& env) override { env.insert("ORVAN_SIM_HOSTS", "badrow"); }
     std::string frame() const {
         auto at = output_.rfind(kFrame);
         return at == std::string::npos ? std::string() : output_.substr(at);
@@ -142,9 +145,12 @@ TEST_F(PhonesProgram, LinkInviteIsHandedOverAndABadLinkIsNeverShown) {
     ASSERT_TRUE(type("choose Role Guest", "> Chose Guest")) << output_;
     // Right after the start the other sections' long first reads can hold every connection to the
     // bridge; the owner's way out of a read that timed out meanwhile is to try again.
-    ASSERT_TRUE(settles([&] { return saw("Move the build to Ninja") || saw("so a guest cannot be invited yet."); }))
-        << output_;
-    if (!saw("Move the build to Ninja")) ASSERT_TRUE(press("\"Try again\"")) << output_;
+    for (int attempt = 0; attempt < 4 && !saw("Move the build to Ninja"); ++attempt) {
+        const std::size_t mark = output_.size();
+        ASSERT_TRUE(settles([&] { return saw("Move the build to Ninja") || saw("so a guest cannot be invited yet.", mark); }))
+            << output_;
+        if (!saw("Move the build to Ninja")) ASSERT_TRUE(press("\"Try again\"")) << output_;
+    }
     ASSERT_TRUE(settles([&] { return saw("Payments API") && saw("Move the build to Ninja"); })) << output_;
     EXPECT_NE(lineWith("Share a link").find("[Share a link] (disabled)"), std::string::npos) << frame();
     ASSERT_TRUE(type("toggle \"Orvan site\"", "> ")) << output_;
