@@ -17,7 +17,9 @@
 #include "platform/linux/PortalPrivacyGrants.h"
 #include "platform/linux/PosixProcesses.h"
 #include "platform/linux/TerminalClipboard.h"
+#include "platform/linux/XdgDesktop.h"
 #include "platform/linux/XdgMail.h"
+#include "platform/FilePicker.h"
 #include "platform/linux/QtClock.h"
 #include "platform/linux/QtLocalApi.h"
 #include "platform/linux/XdgAutostart.h"
@@ -60,6 +62,12 @@ public:
     DeskState& deskState() { return desk_; }
     // The desktop program brings the display's clipboard; the text view keeps the terminal's.
     void useClipboard(std::unique_ptr<Clipboard> clipboard) { clipboard_ = std::move(clipboard); }
+    // The desktop program brings its file chooser; the text view's views take typed paths.
+    void useFilePicker(std::unique_ptr<FilePicker> picker) { filePicker_ = std::move(picker); }
+    FilePicker& filePicker() { return *filePicker_; }
+    // Pages, files and folders handed to the desktop; raising the window is the front end's hook.
+    XdgDesktop& desktop() { return desktop_; }
+    Clipboard& clipboard() { return *clipboard_; }
     Clock& clock() { return clock_; }
     // Told by a front end with windows whether the program is in front.
     AppActivity& activity() { return activity_; }
@@ -105,6 +113,8 @@ private:
     DeskState desk_;
     std::unique_ptr<Clipboard> clipboard_ = std::make_unique<TerminalClipboard>();
     XdgMail mail_;
+    XdgDesktop desktop_{environment_};
+    std::unique_ptr<FilePicker> filePicker_ = std::make_unique<NoFilePicker>();
 };
 
 } // namespace orvan::app

@@ -5,6 +5,7 @@
 #include "app/TreeCommands.h"
 #include "bridge/MenuDesk.h"
 #include "platform/linux/gui/QtClipboard.h"
+#include "platform/linux/gui/QtFilePicker.h"
 #include "ui/qt/InkStyle.h"
 #include "ui/qt/SymbolIcons.h"
 #include "ui/qt/TonePalette.h"
@@ -24,6 +25,8 @@ QString bundleShare() { return QCoreApplication::applicationDirPath() + QStringL
 
 DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(companion), themes_(themes) {
     companion_.useClipboard(std::make_unique<QtClipboard>());
+    companion_.useFilePicker(std::make_unique<QtFilePicker>());
+    companion_.desktop().onActivate([this] { show(); });
     ui::qt::WindowSpec shape;
     shape.id = Scenes::desk.id;
     shape.title = Scenes::desk.title;
