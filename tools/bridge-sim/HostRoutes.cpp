@@ -1,5 +1,6 @@
 #include "HostRoutes.h"
 
+#include "AccountsRoutes.h"
 #include "HostState.h"
 #include "Routes.h"
 
@@ -25,16 +26,23 @@ HostState& state() {
 
 } // namespace
 
+const SimHost* added(const std::string& target) {
+    for (const auto& host : state().hosts)
+        if (host.target == target) return &host;
+    return nullptr;
+}
+
 bool owns(const std::string& path) { return path == base || path.rfind(std::string(base) + "/", 0) == 0; }
 
-Reply answer(Sim&, const std::string& method, const std::string& path, const std::string& body, TimePoint now) {
+Reply answer(Sim& sim, const std::string& method, const std::string& path, const std::string& body, TimePoint now) {
     HostState& s = state();
     if (path == base) {
         if (method != "GET" && method != "HEAD") return Reply::message(405, method + " is not how " + path + " is used.");
         return Reply::json(200, s.list(now));
     }
     const std::string verb = path.substr(std::string(base).size() + 1);
-    static const char* const verbs[] = {"test", "add", "remove", "check", "docker", "sandbox", "update"};
+    static const char* const verbs[] = {"test",   "add",    "remove", "check",       "docker",
+                                        "sandbox", "update", "agents", "agents/look", "accounts"};
     if (std::none_of(std::begin(verbs), std::end(verbs), [&](const char* v) { return verb == v; }))
         return Reply::message(404, "Nothing is served at " + path + ".");
     if (method != "POST") return Reply::message(405, method + " is not how " + path + " is used.");
@@ -46,6 +54,13 @@ Reply answer(Sim&, const std::string& method, const std::string& path, const std
     if (verb == "check") return s.check(*parsed, now);
     if (verb == "docker") return s.installDocker(*parsed, now);
     if (verb == "sandbox") return s.sandbox(*parsed, now);
+    if (verb == "agents/look") return s.lookAgents(*parsed);
+    if (verb == "agents") return s.installAgents(*parsed);
+    if (verb == "accounts") {
+        // The bridge copies from its own list of accounts, as its accounts family reads it.
+        Reply list = AccountsRoutes::answer(sim, "GET", "/companion/accounts", "", now);
+        return s.copyAccounts(*parsed, nlohmann::json::parse(list.body, nullptr, false));
+    }
     return s.update(*parsed);
 }
 

@@ -132,8 +132,9 @@ Reply HostState::test(const json& body) {
                       testSeconds);
     if (body["fingerprint"] != print)
         return slowly(Reply::message(409, "The host key of " + address + " changed since you trusted it."), testSeconds);
+    // A new computer has Claude Code but no Node.js and no curl: the road then needs both and sudo.
     return slowly(Reply::json(200, json{{"os", "linux"}, {"arch", "x86_64"}, {"fingerprint", print},
-                                        {"agents", {"claude"}}, {"node", true}, {"companion", false},
+                                        {"agents", {"claude"}}, {"node", false}, {"companion", false},
                                         {"docker", "missing"}, {"sudoFree", false}}),
                   testSeconds);
 }
@@ -158,8 +159,16 @@ Reply HostState::add(const json& body) {
     h.port = body.contains("port") && body["port"].is_number_integer() ? body["port"].get<int>() : 22;
     h.user = isText(body, "user") ? trimmed(body["user"]) : "";
     h.terminalOnly = body.value("terminalOnly", false) == true;
+    h.installed = {"claude"};
+    h.hasCurl = false;
+    h.signedIn = {"claude"};
     std::vector<std::string> steps{"Signed in as " + (h.user.empty() ? std::string("the default user") : h.user),
                                    "Put this Mac's key on it"};
+    if (address.find("failadd") != std::string::npos)
+        return slowly(Reply::json(502, json{{"steps", steps},
+                                            {"message", "The bridge did not start there: the computer has no user "
+                                                        "service manager."}}),
+                      addSeconds);
     if (!h.terminalOnly) {
         h.version = bridge;
         steps.push_back("Copied the bridge " + bridge + " there");
@@ -258,6 +267,110 @@ Reply HostState::update(const json& body) {
     h->version = bridge;
     h->older = false;
     return slowly(Reply::json(200, json{{"steps", steps}}), updateSeconds);
+}
+
+namespace {
+
+const std::vector<std::pair<std::string, std::string>> agentTitles{
+    {"claude", "Claude Code"}, {"codex", "Codex"}, {"grok", "Grok"}, {"cursor", "Cursor"}, {"gemini", "Gemini"}};
+
+std::string titleOf(const std::string& name) {
+    for (const auto& [agent, title] : agentTitles)
+        if (agent == name) return title;
+    return name;
+}
+
+bool holds(const std::vector<std::string>& list, const std::string& word) {
+    return std::find(list.begin(), list.end(), word) != list.end();
+}
+
+} // namespace
+
+Reply HostState::lookAgents(const json& body) {
+    SimHost* h = find(body);
+    if (!h) return Reply::message(404, "No such computer is added.");
+    if (h->silent) return silence(*h);
+    return slowly(Reply::json(200, json{{"os", h->os}, {"agents", h->installed}, {"node", h->node}}), lookSeconds);
+}
+
+Reply HostState::installAgents(const json& body) {
+    SimHost* h = find(body);
+    if (!h) return Reply::message(404, "No such computer is added.");
+    if (h->silent) return silence(*h);
+    if (h->terminalOnly) return Reply::message(409, "Nothing is installed on " + h->name + ": it is for the terminal only.");
+    if (!body.contains("agents") || !body["agents"].is_array()) return Reply::message(400, "Give the agents to install.");
+    std::vector<std::string> names;
+    for (const auto& name : body["agents"]) {
+        if (!name.is_string()) return Reply::message(400, "Give the agents' names as text.");
+        names.push_back(name);
+    }
+    if (body.contains("password") && !body["password"].is_string())
+        return Reply::message(400, "Give the password as text.");
+    std::vector<std::string> steps;
+    if (!h->hasCurl) {
+        const bool given = isText(body, "password");
+        if (!given || body["password"] != sudoPassword)
+            return slowly(Reply::json(401, json{{"packages", {"curl"}},
+                                                {"message", given ? "sudo refused that password." : "sudo needs a password there."}}),
+                          given ? 1.0 : 0.5);
+        h->hasCurl = true;
+        steps.push_back("Installed curl with apt");
+    }
+    for (const auto& name : names) {
+        if (name == "node") {
+            h->node = true;
+            steps.push_back("Installed Node.js 22.11.0 into ~/.local/node");
+            continue;
+        }
+        if (h->address.find("failinstall") != std::string::npos) {
+            steps.push_back(titleOf(name) + "'s installer stopped: the download was cut off");
+            return slowly(Reply::json(502, json{{"steps", steps}, {"message", "Not every agent installed there."}}),
+                          installSeconds);
+        }
+        if (!holds(h->installed, name)) h->installed.push_back(name);
+        steps.push_back("Installed " + titleOf(name));
+    }
+    return slowly(Reply::json(200, json{{"steps", steps}}), installSeconds);
+}
+
+Reply HostState::copyAccounts(const json& body, const json& accounts) {
+    SimHost* h = find(body);
+    if (!h) return Reply::message(404, "No such computer is added.");
+    if (h->silent) return silence(*h);
+    if (!body.contains("accounts") || !body["accounts"].is_array()) return Reply::message(400, "Give the accounts to copy.");
+    if (h->address.find("failcopy") != std::string::npos)
+        return slowly(Reply::message(502, "The accounts' folder there could not be written."), copySeconds);
+    const bool replace = body.value("replace", false) == true;
+    json results = json::array();
+    std::vector<std::string> steps;
+    bool waits = false;
+    for (const auto& id : body["accounts"]) {
+        if (!id.is_string()) continue;
+        const json* account = nullptr;
+        if (accounts.contains("accounts") && accounts["accounts"].is_array())
+            for (const auto& row : accounts["accounts"])
+                if (row.is_object() && row.value("id", json()) == id) account = &row;
+        if (!account) {
+            results.push_back({{"id", id}, {"copied", false}, {"message", "No such account here."}});
+            continue;
+        }
+        const std::string provider = account->value("provider", "");
+        const std::string kind = account->value("kind", "");
+        const std::string label = account->value("label", "");
+        if (provider == "claude" && kind == "login" && account->value("portable", false) != true) {
+            results.push_back({{"id", id}, {"copied", false}, {"code", "needs_token"}});
+            continue;
+        }
+        if (kind == "login" && holds(h->signedIn, provider) && !replace) {
+            results.push_back({{"id", id}, {"copied", false}, {"code", "replaces_login"}});
+            waits = true;
+            continue;
+        }
+        if (kind == "login" && !holds(h->signedIn, provider)) h->signedIn.push_back(provider);
+        results.push_back({{"id", id}, {"copied", true}});
+        steps.push_back("Copied " + label + " there");
+    }
+    return slowly(Reply::json(waits ? 409 : 200, json{{"steps", steps}, {"results", results}}), copySeconds);
 }
 
 } // namespace orvan::sim

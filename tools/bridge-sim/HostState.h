@@ -37,6 +37,12 @@ struct SimHost {
     std::map<std::string, bool> agents;
     // Stopped answering over SSH: every operation on it fails, slowly.
     bool silent = false;
+    // The coding agents installed there, Node.js, and whether the installers' tools (curl) are there.
+    std::vector<std::string> installed;
+    bool node = false;
+    bool hasCurl = true;
+    // Providers whose own sign-in is there; copying a login of one asks before replacing it.
+    std::vector<std::string> signedIn;
 };
 
 struct HostState {
@@ -47,6 +53,9 @@ struct HostState {
     static constexpr double addSeconds = 2.0;
     static constexpr double updateSeconds = 2.0;
     static constexpr double toolsSeconds = 1.0;
+    static constexpr double lookSeconds = 0.5;
+    static constexpr double installSeconds = 3.0;
+    static constexpr double copySeconds = 1.5;
     // The image build's stages: a measured download, then unpacking and the browser.
     static constexpr double downloadSeconds = 4.5;
     static constexpr double stageSeconds = 1.5;
@@ -71,6 +80,12 @@ struct HostState {
     Reply installDocker(const nlohmann::json& body, TimePoint now);
     Reply sandbox(const nlohmann::json& body, TimePoint now);
     Reply update(const nlohmann::json& body);
+    // Agents and accounts onto a computer. An address with "failadd", "failinstall" or "failcopy"
+    // in it fails at that step, after the steps done before the failure.
+    Reply lookAgents(const nlohmann::json& body);
+    Reply installAgents(const nlohmann::json& body);
+    // `accounts`: the bridge's own list of accounts, as its accounts family reads it.
+    Reply copyAccounts(const nlohmann::json& body, const nlohmann::json& accounts);
 
 private:
     SimHost* find(const nlohmann::json& body);
