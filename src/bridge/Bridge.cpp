@@ -274,8 +274,6 @@ Task<void> Bridge::setSidebar(std::string position) {
     assign(sidebarBusy, false);
 }
 
-Task<void> Bridge::refreshJoins() { co_return; }
-
 Task<void> Bridge::checkForUpdate(bool) { co_return; }
 
 } // namespace orvan

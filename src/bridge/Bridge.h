@@ -21,9 +21,14 @@
 #include "platform/CodeIdentity.h"
 #include "platform/LocalApi.h"
 #include "platform/LoginItem.h"
+#include "platform/Notifications.h"
 #include "platform/PrivacyGrants.h"
 #include "platform/Processes.h"
 #include "screen/SharingBar.h"
+#include "phones/JoinQueue.h"
+#include "phones/JoinRequest.h"
+#include "phones/JoinWindow.h"
+#include "phones/JoinedNotice.h"
 #include "phones/OwnerNotice.h"
 #include "phones/OwnerNotices.h"
 #include "phones/ScopeList.h"
@@ -69,6 +74,8 @@ struct BridgeSetup {
     DiagnosticsSource* diagnostics = nullptr;
     // Where what was already said about other owners is kept; without it nothing is kept.
     std::shared_ptr<UserDefaults> defaults;
+    // Where a new join request is also told on the desktop; without it only the window comes forward.
+    Notifications* notifications = nullptr;
 };
 
 class Bridge final : public Observable {
@@ -105,6 +112,12 @@ public:
     std::set<std::string> promotedHere;
     std::string joinNote;
     bool joinBusy = false;
+    std::vector<JoinRequest> joins;
+    std::vector<JoinedNotice> joined;
+    JoinQueue joinQueue;
+    JoinWindow joinWindow;
+    // The requests told on the desktop, by id, so each is told once and withdrawn when it goes.
+    std::set<std::string> joinsNotified;
 
     // Supervision.
     std::shared_ptr<Child> child;
@@ -158,6 +171,11 @@ public:
     void dismissOwnerNotices();
     // What a guest can be given; nothing when it could not be read.
     Task<std::optional<ScopeList>> scope();
+
+    // Join requests: the window comes forward on demand, and an answer carries exactly the code and
+    // fingerprint the owner was shown.
+    void showJoins();
+    Task<void> answerJoin(JoinRequest join, bool approve);
     // One request of the local API, for the sheets that talk to the bridge themselves.
     Task<HttpAnswer> local(std::string path, std::optional<Json> body, Duration timeout);
     Clock& clock() { return clock_; }
