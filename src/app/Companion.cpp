@@ -4,6 +4,8 @@
 #include "bridge/Carryover.h"
 #include "foundation/Files.h"
 #include "updates/CompanionVersion.h"
+#include "updates/InstallTarget.h"
+#include "updates/UpdateFeed.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -22,6 +24,22 @@ std::string userHome(const Environment& environment) {
     auto home = environment.find("HOME");
     if (home != environment.end() && !home->second.empty()) return home->second;
     return QDir::homePath().toStdString();
+}
+
+// The running bundle is the folder above bin/; its Info.json holds the downloads base of this build.
+UpdateContext updateContext(const Environment& environment, const std::string& executable) {
+    UpdateContext context;
+    context.environment = environment;
+    context.running = std::filesystem::path(executable).parent_path().parent_path().lexically_normal();
+    context.candidates = InstallTarget::candidates(userHome(environment));
+    context.currentVersion = AppInfo::shortVersion;
+    context.system = UpdateFeed::system();
+    if (auto info = BundleInfo::read(context.running); info && info->downloads) context.downloadsBase = *info->downloads;
+    if (auto folder = environment.find("TMPDIR"); folder != environment.end() && !folder->second.empty())
+        context.temporary = folder->second;
+    // A release build pins its release key; a development build has none and checks no release.
+    context.signature = UpdateSignature(UpdateSignature::keyFromHex(ORVAN_RELEASE_KEY));
+    return context;
 }
 
 // The login entry opens the desktop program, whichever front end is running now: it picks the
@@ -55,6 +73,10 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     diagnostics_ = std::make_unique<LinuxDiagnostics>(DataFolder::bridge(environment_), AppInfo::shortVersion, AppInfo::buildNumber);
     setup.reporter = reporter_.get();
     setup.diagnostics = diagnostics_.get();
+    updates_ = updateContext(environment_, executable);
+    updates_.web = &web_;
+    updates_.tools = &tools_;
+    setup.updates = &updates_;
     bridge_ = std::make_unique<Bridge>(*api_, clock_, processes_, std::move(setup));
     accounts_ = std::make_unique<Accounts>(*api_, clock_, AccountsSetup{environment_, userHome(environment_), &terminal_});
     sandboxes_ = std::make_unique<Sandboxes>(*api_, clock_, environment_);

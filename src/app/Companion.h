@@ -22,6 +22,9 @@
 #include "platform/FilePicker.h"
 #include "platform/linux/QtClock.h"
 #include "platform/linux/QtLocalApi.h"
+#include "platform/linux/QtTools.h"
+#include "platform/linux/QtWeb.h"
+#include "updates/UpdateContext.h"
 #include "platform/linux/XdgAutostart.h"
 #include "sandboxes/Sandboxes.h"
 
@@ -92,6 +95,10 @@ private:
     BuildIdentity identity_{environment_, ORVAN_BUNDLE_ID};
     AppActivity activity_;
     std::unique_ptr<QtLocalApi> api_;
+    // The release server, the tools the swap runs, and what the update models need to know.
+    QtWeb web_;
+    QtTools tools_;
+    UpdateContext updates_;
     // The program's own crash and hang reports, and the queue that hands them to the bridge.
     std::unique_ptr<CrashReporter> reporter_;
     std::unique_ptr<LinuxDiagnostics> diagnostics_;

@@ -274,6 +274,4 @@ Task<void> Bridge::setSidebar(std::string position) {
     assign(sidebarBusy, false);
 }
 
-Task<void> Bridge::checkForUpdate(bool) { co_return; }
-
 } // namespace orvan

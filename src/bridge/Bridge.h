@@ -32,6 +32,7 @@
 #include "phones/OwnerNotice.h"
 #include "phones/OwnerNotices.h"
 #include "phones/ScopeList.h"
+#include "updates/UpdateManifest.h"
 
 #include <filesystem>
 #include <functional>
@@ -45,6 +46,7 @@
 namespace orvan {
 
 class CrashReporter;
+struct UpdateContext;
 
 // Where the bridge listens, and what the supervisor needs to know to launch one.
 struct BridgeSetup {
@@ -76,6 +78,8 @@ struct BridgeSetup {
     std::shared_ptr<UserDefaults> defaults;
     // Where a new join request is also told on the desktop; without it only the window comes forward.
     Notifications* notifications = nullptr;
+    // The release feed, the download and the swap; without it no check or install runs.
+    UpdateContext* updates = nullptr;
 };
 
 class Bridge final : public Observable {
@@ -100,6 +104,8 @@ public:
     std::string updateReady;
     bool updatePrompt = false;
     bool updateBusy = false;
+    // The release that "Update" installs; kept through a "Not now".
+    std::optional<UpdateManifest> readyRelease;
     std::string sidebar;
     std::optional<std::string> tulm;
     std::string sidebarNote;
@@ -193,6 +199,12 @@ public:
     void dismissAccessNote();
     void relaunch();
 
+    // Updates: a check of the feed (the automatic one every four hours), turning a release down,
+    // and installing the ready one.
+    Task<void> checkForUpdate(bool manual);
+    void dismissUpdate();
+    Task<void> installUpdate();
+
     std::optional<std::filesystem::path> bridgeBinary() const;
     static std::string commandPath(const std::optional<std::string>& path);
 
@@ -216,7 +228,6 @@ private:
     void refreshLid();
     // Once, at the first start: the stored wish; with it off, a release, so the lock and the wish agree.
     void loadLid();
-    Task<void> checkForUpdate(bool manual);
 
     LocalApi& api_;
     Clock& clock_;

@@ -15,6 +15,7 @@
 #include "platform/Clipboard.h"
 #include "sandboxes/SandboxSection.h"
 #include "screen/ScreenSection.h"
+#include "updates/UpdatesSection.h"
 
 namespace orvan {
 
@@ -112,6 +113,8 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
         card.push_back(PrivacySection::build(*context.consentDefaults, context.appVersion, context.changed));
         card.push_back(ConsentSheet::build(state.askConsent, state.consentOn, *context.consentDefaults, context.changed));
     }
+    card.push_back(UpdatesSection::build(bridge));
+    card.push_back(UpdatesSection::alert(bridge));
     card.push_back(loginRow(bridge));
     card.push_back(lidRow(bridge));
     card.push_back(ui::text(context.versionLabel).selectable().tone(ui::Tone::Dim).style(ui::TextStyle::Caption)

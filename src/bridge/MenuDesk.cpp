@@ -2,6 +2,7 @@
 
 #include "connections/LidWords.h"
 #include "screen/SharingWords.h"
+#include "updates/UpdateWords.h"
 
 namespace orvan {
 
@@ -24,6 +25,7 @@ ui::Node MenuDesk::build(Bridge& bridge, const MenuContext& context) {
         items.push_back(ui::separator());
     }
     items.push_back(ui::button("Open Orvan Companion", context.openDesk).key("open"));
+    items.push_back(ui::button(UpdateWords::menuItem, [b] { spawn(b->checkForUpdate(true)); }).key("updates.check"));
     std::string label = context.versionLabel;
     auto copy = context.copy;
     items.push_back(ui::button(label,
