@@ -16,4 +16,10 @@ bool TerminalClipboard::putText(const std::string& text, bool) {
     return written == request.size();
 }
 
+bool TerminalClipboard::putTextAndImages(const std::string& text, const std::vector<std::filesystem::path>& pictures) {
+    std::string all = text;
+    for (const auto& picture : pictures) all += "\n" + picture.string();
+    return putText(all, false);
+}
+
 } // namespace orvan

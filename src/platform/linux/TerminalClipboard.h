@@ -11,6 +11,8 @@ namespace orvan {
 class TerminalClipboard final : public Clipboard {
 public:
     bool putText(const std::string& text, bool concealed) override;
+    // A terminal carries text only: the pictures are named by their files under the text.
+    bool putTextAndImages(const std::string& text, const std::vector<std::filesystem::path>& pictures) override;
 };
 
 } // namespace orvan
