@@ -82,6 +82,7 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     sandboxes_ = std::make_unique<Sandboxes>(*api_, clock_, environment_);
     tunnel_ = std::make_unique<Tunnel>(*api_, clock_, environment_);
     hosts_ = std::make_unique<Hosts>(*api_, clock_, environment_);
+    remotes_ = std::make_unique<Remotes>(*api_, environment_);
 }
 
 void Companion::startDesk() {
@@ -102,6 +103,11 @@ void Companion::startDesk() {
         // time a bridge starts answering, the list first and then the computers worth checking.
         if (bridge_->ready && !hostsRead_) spawn(hosts_->open());
         hostsRead_ = bridge_->ready;
+        // The remote desktops' section reads its list once, as it first appears.
+        if (bridge_->ready && !remotesRead_) {
+            remotesRead_ = true;
+            spawn(remotes_->refresh());
+        }
         if (bridge_->ready && !tunnelPolling_) {
             tunnelPolling_ = true;
             spawn(tunnel_->poll(tunnelPoll_));
@@ -138,6 +144,8 @@ ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed,
     context.clipboard = clipboard_.get();
     context.mail = &mail_;
     context.hosts = hosts_.get();
+    context.remotes = remotes_.get();
+    context.desktop = &desktop_;
     context.consentDefaults = bridge_->setup().defaults.get();
     context.appVersion = AppInfo::shortVersion;
     std::optional<TimePoint> wordsChange;

@@ -6,6 +6,7 @@
 #include "bridge/Bridge.h"
 #include "bridge/DeskView.h"
 #include "computers/Hosts.h"
+#include "computers/Remotes.h"
 #include "connections/LidWake.h"
 #include "connections/Tunnel.h"
 #include "diagnostics/CrashReporter.h"
@@ -62,6 +63,7 @@ public:
     Sandboxes& sandboxes() { return *sandboxes_; }
     Tunnel& tunnel() { return *tunnel_; }
     Hosts& hosts() { return *hosts_; }
+    Remotes& remotes() { return *remotes_; }
     DeskState& deskState() { return desk_; }
     // The desktop program brings the display's clipboard; the text view keeps the terminal's.
     void useClipboard(std::unique_ptr<Clipboard> clipboard) { clipboard_ = std::move(clipboard); }
@@ -115,6 +117,9 @@ private:
     std::unique_ptr<Hosts> hosts_;
     // Whether the computers were read since a bridge last began answering.
     bool hostsRead_ = false;
+    // The remote desktops, read once when a bridge first answers; nothing polls them.
+    std::unique_ptr<Remotes> remotes_;
+    bool remotesRead_ = false;
     Observable::Subscription bridgeReady_;
     bool accountsRead_ = false;
     DeskState desk_;

@@ -53,6 +53,7 @@ HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions
     sandboxes_ = companion_.sandboxes().observe([this] { requestRender(); });
     tunnel_ = companion_.tunnel().observe([this] { requestRender(); });
     hosts_ = companion_.hosts().observe([this] { requestRender(); });
+    remotes_ = companion_.remotes().observe([this] { requestRender(); });
     look_ = ThemeStore::shared().observe([this] { requestRender(); });
     // Words that move with the time alone ("ends in 2 hours") are drawn again when they change.
     wordsTimer_.setSingleShot(true);

@@ -63,6 +63,7 @@ private:
     Observable::Subscription sandboxes_;
     Observable::Subscription tunnel_;
     Observable::Subscription hosts_;
+    Observable::Subscription remotes_;
     Observable::Subscription look_;
 
     std::unique_ptr<QSocketNotifier> input_;

@@ -7,6 +7,7 @@
 #include "appearance/AppearanceSection.h"
 #include "bridge/RemoteWords.h"
 #include "computers/ComputersSection.h"
+#include "computers/RemoteDesktopsSection.h"
 #include "connections/ConnectionsSection.h"
 #include "diagnostics/ConsentSheet.h"
 #include "diagnostics/PrivacySection.h"
@@ -102,6 +103,8 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     card.push_back(ScreenSection::build(bridge, copy));
     if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));
     if (context.hosts) card.push_back(ComputersSection::build(*context.hosts, state.computers, context.changed));
+    if (context.remotes)
+        card.push_back(RemoteDesktopsSection::build(*context.remotes, state.remotes, context.changed));
     if (context.accounts) {
         card.push_back(AccountsSection::build(*context.accounts, state.accounts, now, context.changed, context.wordsChange));
         card.push_back(FallbackOrderSection::build(*context.accounts));

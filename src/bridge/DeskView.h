@@ -4,6 +4,7 @@
 #include "accounts/AccountsViewState.h"
 #include "bridge/Bridge.h"
 #include "computers/ComputersViewState.h"
+#include "computers/RemotesViewState.h"
 #include "connections/ConnectionsViewState.h"
 #include "phones/PhonesViewState.h"
 #include "sandboxes/SandboxesViewState.h"
@@ -30,6 +31,7 @@ struct DeskState {
     SandboxesViewState sandboxes;
     ConnectionsViewState connections;
     ComputersViewState computers;
+    RemotesViewState remotes;
 };
 
 class ThemeStore;
@@ -39,6 +41,8 @@ class Tunnel;
 class Clipboard;
 class Mail;
 class Hosts;
+class Desktop;
+class Remotes;
 
 struct DeskContext {
     // The view state changed: draw again.
@@ -63,6 +67,10 @@ struct DeskContext {
     // Where a copied or shared invite link goes; without them those buttons are off.
     Clipboard* clipboard = nullptr;
     Mail* mail = nullptr;
+    // Where a page is opened in the browser; without it a view shows the address instead.
+    Desktop* desktop = nullptr;
+    // The remote desktops; their section shows when there is one.
+    Remotes* remotes = nullptr;
 };
 
 namespace DeskView {

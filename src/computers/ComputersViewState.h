@@ -1,10 +1,15 @@
 #pragma once
 // What the computers' section remembers between renders.
 
+#include "foundation/Observable.h"
+
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace orvan {
+
+class HostSignInSheet;
 
 struct ComputersViewState {
     // The computer whose removal waits for the owner's yes, by target.
@@ -13,6 +18,9 @@ struct ComputersViewState {
     std::optional<std::string> updating;
     // What is typed into the sudo question; emptied as it goes to the bridge.
     std::string sudoPassword;
+    // The open sign-in sheet of one computer, and the watch that draws it again as it changes.
+    std::shared_ptr<HostSignInSheet> signingIn;
+    std::shared_ptr<Observable::Subscription> signingInWatch;
 };
 
 } // namespace orvan

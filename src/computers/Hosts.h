@@ -8,6 +8,7 @@
 #include "computers/ComputerForm.h"
 #include "computers/ComputerFound.h"
 #include "computers/HostSandbox.h"
+#include "computers/HostSignInTool.h"
 #include "foundation/Async.h"
 #include "foundation/Carryover.h"
 #include "foundation/Observable.h"
@@ -17,6 +18,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace orvan {
@@ -64,10 +66,20 @@ public:
     Task<void> open();
     static bool checkedOnOpen(const CompanionHost& host);
 
+    Clock& clock() { return clock_; }
     // The sudo question was answered or put away.
     void clearSudo() { assign(sudoFor, std::nullopt); }
 
     static constexpr int buildPolls = 800;
+
+    // What can sign in on a computer and what runs there; absent with `note` set when it did not say.
+    Task<std::optional<HostSignInTools>> signInTools(CompanionHost host);
+    // One call of a running sign-in (start, read, send a code, cancel): its state, or the sentence
+    // that says why there is none. Touches no field, so a cancel may outlive the sheet that sent it.
+    Task<std::variant<HostSignInState, std::string>> signInCall(std::string path, std::string target, std::string tool,
+                                                               std::optional<std::string> code, Duration timeout);
+    // A sheet opens on a clean slate.
+    void clearNote() { assign(note, std::string()); }
 
 private:
     Task<HttpAnswer> send(std::string path, std::optional<Json> body, Duration timeout);

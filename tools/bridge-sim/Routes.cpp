@@ -4,6 +4,8 @@
 #include "DiagnosticsRoutes.h"
 #include "InviteRoutes.h"
 #include "HostRoutes.h"
+#include "RemoteRoutes.h"
+#include "SignInRoutes.h"
 #include "SandboxRoutes.h"
 #include "TunnelRoutes.h"
 #include <functional>
@@ -71,7 +73,10 @@ Reply answer(Sim& sim, const std::string& method, const std::string& target, con
     if (SandboxRoutes::owns(path)) return SandboxRoutes::answer(sim, method, target, body, now);
     if (TunnelRoutes::owns(path)) return TunnelRoutes::answer(sim, method, path, body, now);
     if (DiagnosticsRoutes::owns(path)) return DiagnosticsRoutes::answer(sim, method, path, body, now);
+    // Before the computers' family, whose prefix it shares.
+    if (SignInRoutes::owns(path)) return SignInRoutes::answer(sim, method, path, body, now);
     if (HostRoutes::owns(path)) return HostRoutes::answer(sim, method, path, body, now);
+    if (RemoteRoutes::owns(path)) return RemoteRoutes::answer(sim, method, path, body, now);
     bool known = false;
     for (const auto& route : table()) {
         if (path != route.path) continue;

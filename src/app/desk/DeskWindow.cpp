@@ -76,6 +76,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     sandboxes_ = companion_.sandboxes().observe([this] { desk_->requestRender(); });
     tunnel_ = companion_.tunnel().observe([this] { desk_->requestRender(); });
     hosts_ = companion_.hosts().observe([this] { desk_->requestRender(); });
+    remotes_ = companion_.remotes().observe([this] { desk_->requestRender(); });
     // The bar floats in a window of its own, and the grants are judged again when the owner comes
     // back from the settings where they were given.
     sharingBar_.setTonePalette(ui::qt::InkStyle::tones(themes_));

@@ -64,6 +64,7 @@ private:
     Observable::Subscription sandboxes_;
     Observable::Subscription tunnel_;
     Observable::Subscription hosts_;
+    Observable::Subscription remotes_;
     Observable::Subscription look_;
 };
 

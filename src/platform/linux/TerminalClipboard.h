@@ -13,6 +13,11 @@ public:
     bool putText(const std::string& text, bool concealed) override;
     // A terminal carries text only: the pictures are named by their files under the text.
     bool putTextAndImages(const std::string& text, const std::vector<std::filesystem::path>& pictures) override;
+
+    // For the program's own end-to-end tests: with ORVAN_TEST_CLIPBOARD naming a file, each copy is
+    // added to that file as one line instead of going to the terminal. Concealed text is never
+    // written there; its line says only that something concealed was copied.
+    static constexpr const char* testRecord = "ORVAN_TEST_CLIPBOARD";
 };
 
 } // namespace orvan
