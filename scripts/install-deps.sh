@@ -10,7 +10,7 @@ packages=(
   qcoro-qt6-dev
   nlohmann-json3-dev
   libicu-dev
-  libssl-dev
+  libssl-dev openssl
   libcpp-httplib-dev
   libgtest-dev libgmock-dev googletest
   libbenchmark-dev

@@ -1,5 +1,8 @@
 #include "updates/UpdateDownload.h"
 
+#include <QCoreApplication>
+#include <QMetaObject>
+#include <QPointer>
 #include <QUrl>
 
 #include <fcntl.h>
@@ -8,6 +11,7 @@
 #include <unistd.h>
 
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace orvan::UpdateDownload {
@@ -60,6 +64,27 @@ std::optional<std::string> sha256(const std::filesystem::path& of) {
         out += hex[digest[i] & 15];
     }
     return out;
+}
+
+Task<std::optional<std::string>> sha256Apart(std::filesystem::path of) {
+    QCoreApplication* app = QCoreApplication::instance();
+    if (!app) co_return sha256(of);
+    // The thread only reads the file; the result comes back to this thread through the loop.
+    struct Shared {
+        std::optional<std::string> digest;
+        Wakeup done;
+    };
+    auto shared = std::make_shared<Shared>();
+    std::thread([shared, of, guard = QPointer<QCoreApplication>(app)] {
+        auto digest = sha256(of);
+        if (!guard) return;
+        QMetaObject::invokeMethod(guard, [shared, digest = std::move(digest)]() mutable {
+            shared->digest = std::move(digest);
+            shared->done.fire(true);
+        }, Qt::QueuedConnection);
+    }).detach();
+    co_await shared->done;
+    co_return shared->digest;
 }
 
 std::int64_t size(const std::filesystem::path& of) {

@@ -45,7 +45,8 @@ Task<std::variant<Prepared, std::string>> prepare(const UpdateContext& context, 
         removeAll(work);
         co_return std::string(UpdateCheck::mismatch);
     }
-    if (auto refused = UpdateCheck::download(UpdateDownload::size(image), UpdateDownload::sha256(image), release)) {
+    auto digest = co_await UpdateDownload::sha256Apart(image);
+    if (auto refused = UpdateCheck::download(UpdateDownload::size(image), digest, release)) {
         removeAll(work);
         co_return *refused;
     }
