@@ -94,7 +94,8 @@ private:
     LogindPower power_;
     LidWake lidWake_{power_};
     PortalPrivacyGrants grants_{environment_};
-    BuildIdentity identity_{environment_, ORVAN_BUNDLE_ID};
+    // The privacy grants and the updates judge by the same pinned release key.
+    BuildIdentity identity_{environment_, ORVAN_BUNDLE_ID, UpdateSignature::keyFromHex(ORVAN_RELEASE_KEY)};
     AppActivity activity_;
     std::unique_ptr<QtLocalApi> api_;
     // The release server, the tools the swap runs, and what the update models need to know.
