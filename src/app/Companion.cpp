@@ -42,6 +42,15 @@ UpdateContext updateContext(const Environment& environment, const std::string& e
     return context;
 }
 
+// The name a new computer's form signs in as: the login's own.
+std::string userName(const Environment& environment) {
+    for (const char* name : {"USER", "LOGNAME"}) {
+        auto found = environment.find(name);
+        if (found != environment.end() && !found->second.empty()) return found->second;
+    }
+    return QDir::home().dirName().toStdString();
+}
+
 // The login entry opens the desktop program, whichever front end is running now: it picks the
 // text view by itself when the session has no display.
 std::filesystem::path desktopProgram(const std::string& executable) {
@@ -144,6 +153,8 @@ ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed,
     context.clipboard = clipboard_.get();
     context.mail = &mail_;
     context.hosts = hosts_.get();
+    context.filePicker = filePicker_.get();
+    context.userName = userName(environment_);
     context.remotes = remotes_.get();
     context.desktop = &desktop_;
     context.consentDefaults = bridge_->setup().defaults.get();

@@ -102,7 +102,9 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     if (Clipboard* clipboard = context.clipboard) copy = [clipboard](const std::string& text) { clipboard->putText(text, false); };
     card.push_back(ScreenSection::build(bridge, copy));
     if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));
-    if (context.hosts) card.push_back(ComputersSection::build(*context.hosts, state.computers, context.changed));
+    if (context.hosts)
+        card.push_back(ComputersSection::build(*context.hosts, state.computers, context.changed,
+                                               {context.accounts, context.filePicker, context.userName}));
     if (context.remotes)
         card.push_back(RemoteDesktopsSection::build(*context.remotes, state.remotes, context.changed));
     if (context.accounts) {

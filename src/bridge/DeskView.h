@@ -41,6 +41,7 @@ class Tunnel;
 class Clipboard;
 class Mail;
 class Hosts;
+class FilePicker;
 class Desktop;
 class Remotes;
 
@@ -71,6 +72,10 @@ struct DeskContext {
     Desktop* desktop = nullptr;
     // The remote desktops; their section shows when there is one.
     Remotes* remotes = nullptr;
+    // Where a key file is chosen; without one, the views take a typed path.
+    FilePicker* filePicker = nullptr;
+    // The login name a new computer's form signs in as.
+    std::string userName;
 };
 
 namespace DeskView {

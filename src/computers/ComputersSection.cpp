@@ -1,5 +1,9 @@
 #include "computers/ComputersSection.h"
 
+#include "accounts/Accounts.h"
+#include "computers/AddComputerSheet.h"
+#include "computers/HostSetupSheet.h"
+
 #include "computers/HostBridge.h"
 #include "computers/HostSandboxRow.h"
 #include "computers/SudoSheet.h"
@@ -97,8 +101,46 @@ ui::Node removeBlock(Hosts& hosts, ComputersViewState& state, const CompanionHos
     return ui::vstack(std::move(lines)).key("removeBlock");
 }
 
-ui::Node card(Hosts& hosts, ComputersViewState& state, const CompanionHost& host, const std::function<void()>& changed) {
+void openSetup(Hosts& hosts, ComputersViewState& state, Accounts& accounts, const CompanionHost& host, HostSetup::Part part,
+               const std::function<void()>& changed) {
+    ComputersViewState* s = &state;
+    auto sheet = std::make_shared<HostSetupSheet>(hosts, accounts, HostSetup{host, part}, [s, changed] {
+        s->settingUp.reset();
+        if (changed) changed();
+    });
+    state.settingUp = sheet;
+    if (changed) changed();
+    spawn(sheet->open());
+}
+
+ui::Node setupButtons(Hosts& hosts, ComputersViewState& state, const CompanionHost& host,
+                      const ComputersServices& services, const std::function<void()>& changed) {
+    Hosts* model = &hosts;
+    ComputersViewState* s = &state;
+    Accounts* accounts = services.accounts;
+    const CompanionHost copy = host;
+    auto opener = [=](HostSetup::Part part) {
+        return [=] {
+            if (accounts) openSetup(*model, *s, *accounts, copy, part, changed);
+        };
+    };
+    return ui::hstack({
+        ui::button("Install agents…", opener(HostSetup::Part::agents))
+            .enabled(accounts != nullptr)
+            .help("Installs Claude Code, Codex, Grok, Cursor or Gemini there, each with its maker's own installer, and "
+                  "Node.js when they need it.")
+            .key("installAgents"),
+        ui::button("Copy accounts…", opener(HostSetup::Part::accounts))
+            .enabled(accounts != nullptr)
+            .help("Copies this Mac's accounts there over its SSH connection, so threads there run on them.")
+            .key("copyAccounts"),
+    }).key("setupButtons");
+}
+
+ui::Node card(Hosts& hosts, ComputersViewState& state, const CompanionHost& host, const std::function<void()>& changed,
+              const ComputersServices& services) {
     ui::Nodes lines{bridgeBlock(hosts, state, host, changed)};
+    if (!host.forTerminal()) lines.push_back(setupButtons(hosts, state, host, services, changed));
     // Nothing is installed on a Terminal only computer, so it has no sandboxes to speak of.
     if (!host.forTerminal()) lines.push_back(HostSandboxRow::build(hosts, host));
     lines.push_back(removeBlock(hosts, state, host, changed));
@@ -106,9 +148,32 @@ ui::Node card(Hosts& hosts, ComputersViewState& state, const CompanionHost& host
     return ui::section(host.name, host.line(), std::move(lines)).key("host:" + host.target);
 }
 
+ui::Node addButton(Hosts& hosts, ComputersViewState& state, const ComputersServices& services,
+                   const std::function<void()>& changed) {
+    Hosts* model = &hosts;
+    ComputersViewState* s = &state;
+    ComputersServices given = services;
+    return ui::button("Add a computer…",
+                      [model, s, given, changed] {
+                          if (!given.accounts) return;
+                          // A fresh sheet starts from nothing found and no words of earlier work.
+                          model->clearWork();
+                          model->clearFound();
+                          s->adding = std::make_shared<AddComputerSheet>(
+                              *model, *given.accounts, ComputerForm::startingAs(given.userName), [s, changed] {
+                                  s->adding.reset();
+                                  if (changed) changed();
+                              });
+                          if (changed) changed();
+                      })
+        .enabled(services.accounts != nullptr && !state.adding)
+        .help("Add a computer by its host name or address, as an SSH client does.")
+        .key("addComputer");
+}
+
 } // namespace
 
-ui::Node build(Hosts& hosts, ComputersViewState& state, std::function<void()> changed) {
+ui::Node build(Hosts& hosts, ComputersViewState& state, std::function<void()> changed, const ComputersServices& services) {
     ui::Nodes rows{
         ui::text("Any computer with an SSH server, Linux, macOS or FreeBSD, can run agents for your phone too, and "
                  "keeps going while this Mac sleeps.")
@@ -119,8 +184,12 @@ ui::Node build(Hosts& hosts, ComputersViewState& state, std::function<void()> ch
             .tone(ui::Tone::Dim)
             .style(ui::TextStyle::Caption),
     };
-    for (const auto& host : hosts.hosts) rows.push_back(card(hosts, state, host, changed));
+    rows.push_back(addButton(hosts, state, services, changed));
+    for (const auto& host : hosts.hosts) rows.push_back(card(hosts, state, host, changed, services));
     rows.push_back(SudoSheet::build(hosts, state, changed));
+    const std::string home = services.accounts ? services.accounts->userHome : std::string();
+    rows.push_back(AddComputerSheetView::build(state.adding, services.files, home, changed));
+    rows.push_back(HostSetupSheetView::build(state.settingUp, changed));
     return ui::section(title, std::move(rows)).key("computers");
 }
 

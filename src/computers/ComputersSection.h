@@ -7,11 +7,26 @@
 #include "ui/Node.h"
 
 #include <functional>
+#include <string>
+
+namespace orvan {
+class Accounts;
+class FilePicker;
+} // namespace orvan
 
 namespace orvan::ComputersSection {
 
 inline constexpr const char* title = "Other computers";
 
-ui::Node build(Hosts& hosts, ComputersViewState& state, std::function<void()> changed);
+// What the add and setup sheets need beyond the computers: this computer's accounts, a file chooser
+// where one can be shown, and the user name a new computer's form starts with.
+struct ComputersServices {
+    Accounts* accounts = nullptr;
+    FilePicker* files = nullptr;
+    std::string userName;
+};
+
+ui::Node build(Hosts& hosts, ComputersViewState& state, std::function<void()> changed,
+               const ComputersServices& services = {});
 
 } // namespace orvan::ComputersSection

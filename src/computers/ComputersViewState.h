@@ -9,6 +9,8 @@
 
 namespace orvan {
 
+class AddComputerSheet;
+class HostSetupSheet;
 class HostSignInSheet;
 
 struct ComputersViewState {
@@ -18,6 +20,9 @@ struct ComputersViewState {
     std::optional<std::string> updating;
     // What is typed into the sudo question; emptied as it goes to the bridge.
     std::string sudoPassword;
+    // The open add sheet, and the open agents or accounts sheet of one computer.
+    std::shared_ptr<AddComputerSheet> adding;
+    std::shared_ptr<HostSetupSheet> settingUp;
     // The open sign-in sheet of one computer, and the watch that draws it again as it changes.
     std::shared_ptr<HostSignInSheet> signingIn;
     std::shared_ptr<Observable::Subscription> signingInWatch;

@@ -4,10 +4,15 @@
 // bridge answers the long calls only when the work over there is done; only the image build is
 // followed by polling.
 
+#include "accounts/CompanionAccount.h"
+#include "computers/AccountCopy.h"
+#include "computers/AgentInstall.h"
 #include "computers/CompanionHost.h"
 #include "computers/ComputerForm.h"
 #include "computers/ComputerFound.h"
+#include "computers/HostAgentsThere.h"
 #include "computers/HostSandbox.h"
+#include "computers/ReplaceAsk.h"
 #include "computers/HostSignInTool.h"
 #include "foundation/Async.h"
 #include "foundation/Carryover.h"
@@ -66,7 +71,28 @@ public:
     Task<void> open();
     static bool checkedOnOpen(const CompanionHost& host);
 
+    // Agents and accounts onto a computer. A 401 to an install asks for sudo's password; a 409 to a
+    // copy asks before a sign-in there is replaced. Neither is a failure.
+    Task<std::optional<HostAgentsThere>> lookAgents(CompanionHost host);
+    Task<AgentInstall> installAgents(CompanionHost host, std::vector<std::string> names, std::string password);
+    struct Copied {
+        std::vector<AccountCopy::Result> results;
+        std::optional<ReplaceAsk> replacing;
+    };
+    Task<Copied> copyAccounts(CompanionHost host, std::vector<std::string> ids, std::vector<CompanionAccount> accounts,
+                              bool replace);
+    // Words added to the running steps by a sheet, as the model's own would be.
+    void addStep(std::string line);
     Clock& clock() { return clock_; }
+
+    // A sheet opened afresh: the words of earlier work go.
+    void clearWork() {
+        assign(steps, std::vector<std::string>{});
+        assign(note, std::string());
+    }
+    // A change in the add sheet's form made the last test's findings wrong.
+    void clearFound() { assign(found, std::nullopt); }
+
     // The sudo question was answered or put away.
     void clearSudo() { assign(sudoFor, std::nullopt); }
 
