@@ -2,6 +2,9 @@
 // downloaded, verified, unpacked and swapped in by the real scripts, with real processes.
 #include "HttpsServer.h"
 #include "ReleaseKit.h"
+#include "bridge/Bridge.h"
+#include "fakes/FakeBridge.h"
+#include "fakes/FakeProcesses.h"
 #include "fakes/FakeWeb.h"
 #include "platform/CoreApp.h"
 #include "platform/linux/QtTools.h"
@@ -108,25 +111,41 @@ protected:
     UpdateContext context_;
 };
 
-TEST_F(SwapTest, OldQuitsNewIsInPlaceAndRunningOldIsGone) {
-    auto release = latest();
-    EXPECT_EQ(release.version, "2.0");
-    auto prepared = QCoro::waitFor(UI::prepare(context_, release, context_.signature.runningTeam()));
-    ASSERT_TRUE(std::holds_alternative<UI::Prepared>(prepared)) << std::get<std::string>(prepared);
-    auto ready = std::get<UI::Prepared>(prepared);
-    EXPECT_EQ(ready.staged, ready.work / "orvan-companion");
-
+TEST_F(SwapTest, UpdateFromTheSectionOldQuitsNewIsInPlaceAndRunningOldIsGone) {
+    // The running copy is a stand-in process; the program's end is ending it.
     pid_t old = startSleeper();
-    ASSERT_TRUE(QCoro::waitFor(UI::beginSwap(context_, ready.staged, ready.work, dest_, old, false, false)));
-    // Nothing moves while the old copy runs.
-    std::this_thread::sleep_for(500ms);
-    EXPECT_EQ(versionAt(dest_), "1.0");
-    end(old);
-    ASSERT_TRUE(within(15s, [&] { return std::filesystem::exists(home_ / "started") && !std::filesystem::exists(ready.work); }));
+    context_.pid = old;
+    context_.downloadsBase = server_.url("/");
+    test::FakeClock clock;
+    test::FakeBridge api(clock);
+    test::FakeProcesses processes;
+    BridgeSetup setup;
+    setup.environment = context_.environment;
+    setup.updates = &context_;
+    bool ended = false;
+    setup.terminate = [&] {
+        ended = true;
+        end(old);
+    };
+    Bridge bridge(api, clock, processes, setup);
+    std::vector<std::string> notes;
+    auto watching = bridge.observe([&] {
+        if (!bridge.updateNote.empty() && (notes.empty() || notes.back() != bridge.updateNote)) notes.push_back(bridge.updateNote);
+    });
+
+    QCoro::waitFor(bridge.checkForUpdate(true));
+    ASSERT_EQ(bridge.updateReady, "2.0") << bridge.updateNote;
+    QCoro::waitFor(bridge.installUpdate());
+    EXPECT_TRUE(ended);
+    EXPECT_TRUE(bridge.updateBusy); // stays set until the program is gone
+    EXPECT_EQ(notes, (std::vector<std::string>{"Checking for updates…", "Version 2.0 is ready.", "Downloading the update…",
+                                               "Installing the update. Orvan Companion will reopen."}));
+    ASSERT_TRUE(within(15s, [&] { return std::filesystem::exists(home_ / "started"); }));
     EXPECT_EQ(versionAt(dest_), "2.0");
     EXPECT_EQ(*Files::read(home_ / "started"), (dest_ / "bin/orvan-companion").string() + "\n");
     EXPECT_FALSE(std::filesystem::exists(dest_.string() + ".prev"));
     EXPECT_FALSE(std::filesystem::exists(dest_.string() + ".next"));
+    EXPECT_TRUE(within(5s, [&] { return std::filesystem::is_empty(context_.temporary); })); // the work folder went
     EXPECT_FALSE(context_.signature.verify(dest_, context_.signature.runningTeam()));
 }
 
