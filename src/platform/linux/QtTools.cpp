@@ -4,11 +4,25 @@
 #include <QProcessEnvironment>
 #include <QTimer>
 
+#include <memory>
+
 namespace orvan {
+
+namespace {
+// The coroutine resumes inside the process's own signals, so the process is let go on a later turn
+// of the loop, never under its own feet.
+struct LetGo {
+    void operator()(QProcess* p) const {
+        p->disconnect();
+        p->deleteLater();
+    }
+};
+} // namespace
 
 Task<CommandResult> QtTools::run(ToolCall call) {
     CommandResult result;
-    QProcess process;
+    std::unique_ptr<QProcess, LetGo> owned(new QProcess);
+    QProcess& process = *owned;
     process.setProgram(QString::fromStdString(call.executable.string()));
     QStringList arguments;
     for (const auto& a : call.arguments) arguments << QString::fromStdString(a);
