@@ -1,6 +1,9 @@
 #include "foundation/Text.h"
 
 #include <gtest/gtest.h>
+#include <unicode/brkiter.h>
+
+#include <memory>
 
 #include <utility>
 #include <vector>
@@ -30,6 +33,25 @@ TEST(Characters, CountGraphemeClustersNotScalars) {
     EXPECT_EQ(Text::prefixCharacters("abc", 0), "");
     EXPECT_EQ(Text::prefixCharacters("abc", 10), "abc");
     EXPECT_EQ(Text::characterCount(""), 0u);
+}
+
+// ASCII is counted without ICU; every pair of ASCII characters must still split as ICU's rules
+// split it, and ASCII beside a combining mark must still go the slow way.
+TEST(Characters, AsciiCountsAsIcuCountsIt) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> icu(icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    ASSERT_TRUE(U_SUCCESS(status));
+    for (int a = 0; a < 128; ++a) {
+        for (int b = 0; b < 128; ++b) {
+            const std::string pair{static_cast<char>(a), static_cast<char>(b)};
+            icu::UnicodeString u = icu::UnicodeString::fromUTF8(pair);
+            icu->setText(u);
+            std::size_t expected = 0;
+            while (icu->next() != icu::BreakIterator::DONE) ++expected;
+            ASSERT_EQ(Text::characterCount(pair), expected) << a << " " << b;
+        }
+    }
+    EXPECT_EQ(Text::characterCount("e\xCC\x81\r\n"), 2u);
 }
 
 TEST(Scalars, CutOnScalarBoundaries) {
