@@ -5,6 +5,8 @@
 namespace orvan {
 
 ui::Node UpdatesSection::build(Bridge& bridge) {
+    // A bridge set up without the update ports (a view test, a tool) has nothing to check with.
+    if (!bridge.setup().updates) return ui::nothing();
     Bridge* b = &bridge;
     ui::Nodes rows;
     if (!bridge.updateNote.empty()) rows.push_back(ui::text(bridge.updateNote).key("updates.note"));
@@ -25,7 +27,7 @@ ui::Node UpdatesSection::build(Bridge& bridge) {
 }
 
 ui::Node UpdatesSection::alert(Bridge& bridge) {
-    if (!bridge.updatePrompt) return ui::nothing();
+    if (!bridge.updatePrompt || !bridge.setup().updates) return ui::nothing();
     Bridge* b = &bridge;
     return ui::confirmation(UpdateWords::ready(bridge.updateReady), UpdateWords::prompt(bridge.updateReady),
                             {

@@ -6,6 +6,7 @@
 
 namespace orvan::UpdatesSection {
 
+// Shown when the bridge was set up with the update ports.
 ui::Node build(Bridge& bridge);
 // Shown while the bridge asks; nothing otherwise.
 ui::Node alert(Bridge& bridge);
