@@ -2,6 +2,7 @@
 
 #include "app/AppInfo.h"
 #include "bridge/Carryover.h"
+#include "feedback/FeedbackShrink.h"
 #include "foundation/Files.h"
 #include "updates/CompanionVersion.h"
 #include "updates/InstallTarget.h"
@@ -91,6 +92,21 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     sandboxes_ = std::make_unique<Sandboxes>(*api_, clock_, environment_);
     tunnel_ = std::make_unique<Tunnel>(*api_, clock_, environment_);
     hosts_ = std::make_unique<Hosts>(*api_, clock_, environment_);
+    folders_ = std::make_unique<Folders>(*api_, environment_);
+    files_ = std::make_unique<FilesAccessModel>(
+        *api_, FilesAccessSetup{environment_, bridge_->setup().defaults, &identity_, &desktop_, userHome(environment_)});
+    FeedbackSetup feedback;
+    feedback.environment = environment_;
+    feedback.defaults = bridge_->setup().defaults;
+    feedback.appVersion = AppInfo::shortVersion;
+    std::string version = versionLabel();
+    if (version.rfind("Version ", 0) == 0) version.erase(0, 8);
+    feedback.appLine = "Orvan Companion " + version;
+    feedback.system = LinuxDiagnostics::osVersion();
+    feedback.model = FeedbackShrink::model();
+    feedback.images = &images_;
+    feedback.mail = &mail_;
+    feedback_ = std::make_unique<FeedbackView>(*api_, std::move(feedback));
     remotes_ = std::make_unique<Remotes>(*api_, environment_);
 }
 
@@ -117,6 +133,12 @@ void Companion::startDesk() {
             remotesRead_ = true;
             spawn(remotes_->refresh());
         }
+        // The Folders and Files sections stand in the window for its whole life: read as they appear.
+        if (bridge_->ready && !accessRead_) {
+            spawn(folders_->refresh());
+            spawn(files_->load());
+        }
+        accessRead_ = bridge_->ready;
         if (bridge_->ready && !tunnelPolling_) {
             tunnelPolling_ = true;
             spawn(tunnel_->poll(tunnelPoll_));
@@ -157,6 +179,10 @@ ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed,
     context.userName = userName(environment_);
     context.remotes = remotes_.get();
     context.desktop = &desktop_;
+    context.folders = folders_.get();
+    context.files = files_.get();
+    context.folderPicker = filePicker_.get();
+    context.home = userHome(environment_);
     context.consentDefaults = bridge_->setup().defaults.get();
     context.appVersion = AppInfo::shortVersion;
     std::optional<TimePoint> wordsChange;
@@ -168,6 +194,12 @@ ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed,
     else if (wordsTimer)
         wordsTimer->stop();
     return tree;
+}
+
+void Companion::openFeedback() {
+    feedback_->setClipboard(clipboard_.get());
+    feedback_->setPicker(filePicker_.get());
+    feedback_->open();
 }
 
 std::string Companion::versionLabel() const {

@@ -10,6 +10,10 @@
 #include "connections/LidWake.h"
 #include "connections/Tunnel.h"
 #include "diagnostics/CrashReporter.h"
+#include "access/FilesAccessModel.h"
+#include "access/Folders.h"
+#include "feedback/FeedbackView.h"
+#include "platform/linux/images/QtImages.h"
 #include "platform/linux/LinuxDiagnostics.h"
 #include "platform/linux/LinuxTerminal.h"
 #include "platform/AppActivity.h"
@@ -63,6 +67,11 @@ public:
     Sandboxes& sandboxes() { return *sandboxes_; }
     Tunnel& tunnel() { return *tunnel_; }
     Hosts& hosts() { return *hosts_; }
+    Folders& folders() { return *folders_; }
+    FilesAccessModel& files() { return *files_; }
+    FeedbackView& feedback() { return *feedback_; }
+    // Opens the feedback window's model with the clipboard and chooser the front end brought.
+    void openFeedback();
     Remotes& remotes() { return *remotes_; }
     DeskState& deskState() { return desk_; }
     // The desktop program brings the display's clipboard; the text view keeps the terminal's.
@@ -121,6 +130,12 @@ private:
     // The remote desktops, read once when a bridge first answers; nothing polls them.
     std::unique_ptr<Remotes> remotes_;
     bool remotesRead_ = false;
+    // The Folders and Files sections, read when a bridge first answers, and the feedback window.
+    QtImages images_;
+    std::unique_ptr<Folders> folders_;
+    std::unique_ptr<FilesAccessModel> files_;
+    bool accessRead_ = false;
+    std::unique_ptr<FeedbackView> feedback_;
     Observable::Subscription bridgeReady_;
     bool accountsRead_ = false;
     DeskState desk_;

@@ -2,6 +2,7 @@
 
 #include "app/TreeCommands.h"
 #include "appearance/ThemeStore.h"
+#include "feedback/FeedbackWindow.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -55,6 +56,9 @@ HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions
     hosts_ = companion_.hosts().observe([this] { requestRender(); });
     remotes_ = companion_.remotes().observe([this] { requestRender(); });
     look_ = ThemeStore::shared().observe([this] { requestRender(); });
+    folders_ = companion_.folders().observe([this] { requestRender(); });
+    files_ = companion_.files().observe([this] { requestRender(); });
+    feedback_ = companion_.feedback().observe([this] { requestRender(); });
     // Words that move with the time alone ("ends in 2 hours") are drawn again when they change.
     wordsTimer_.setSingleShot(true);
     wordsTimer_.setTimerType(Qt::CoarseTimer);
@@ -85,6 +89,16 @@ void HeadlessView::renderNow() {
     const auto& bar = companion_.bridge().sharingBar;
     if (bar.view() && !bar.drawnInWindow())
         tree->children.insert(tree->children.begin(), ui::section("", {bar.view()->build()}).key("sharingBar"));
+    // The feedback window prints as a block of its own at the head of the frame while it is open;
+    // closed, the menu's way to it stands at the foot, after every other control.
+    if (companion_.feedback().isOpen) {
+        tree->children.insert(tree->children.begin(), FeedbackWindow::build(companion_.feedback()));
+    } else {
+        Companion* companion = &companion_;
+        tree->children.push_back(ui::section("", {ui::button("Send feedback…", [companion] { companion->openFeedback(); })
+                                                      .key("feedback.open")})
+                                     .key("menu"));
+    }
     fitForText(*tree);
     ui::TextFrame frame = ui::TextRenderer(terminalText(options_.width, options_.invert)).frame(*tree);
     // The controls point into the tree they came from, so the two are replaced together.

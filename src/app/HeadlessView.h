@@ -65,6 +65,9 @@ private:
     Observable::Subscription hosts_;
     Observable::Subscription remotes_;
     Observable::Subscription look_;
+    Observable::Subscription folders_;
+    Observable::Subscription files_;
+    Observable::Subscription feedback_;
 
     std::unique_ptr<QSocketNotifier> input_;
     std::string partial_;

@@ -1,5 +1,7 @@
 #include "bridge/DeskView.h"
 
+#include "access/FilesSection.h"
+#include "access/FoldersSection.h"
 #include "accounts/AccountsSection.h"
 #include "accounts/AutoResumeSection.h"
 #include "accounts/FallbackOrderSection.h"
@@ -101,6 +103,7 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     std::function<void(const std::string&)> copy;
     if (Clipboard* clipboard = context.clipboard) copy = [clipboard](const std::string& text) { clipboard->putText(text, false); };
     card.push_back(ScreenSection::build(bridge, copy));
+    if (context.files) card.push_back(FilesSection::build(*context.files, state.access, context.changed));
     if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));
     if (context.hosts)
         card.push_back(ComputersSection::build(*context.hosts, state.computers, context.changed,
@@ -112,6 +115,8 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
         card.push_back(FallbackOrderSection::build(*context.accounts));
         card.push_back(AutoResumeSection::build(*context.accounts));
     }
+    if (context.folders)
+        card.push_back(FoldersSection::build(*context.folders, context.folderPicker, state.access, context.home, context.changed));
     card.push_back(EnvironmentsSection::build(bridge));
     if (context.themes) card.push_back(AppearanceSection::build(*context.themes));
     if (context.consentDefaults) {

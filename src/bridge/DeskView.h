@@ -1,6 +1,7 @@
 #pragma once
 // The main window: one scrolling card of this computer's state and controls.
 
+#include "access/AccessViewState.h"
 #include "accounts/AccountsViewState.h"
 #include "bridge/Bridge.h"
 #include "computers/ComputersViewState.h"
@@ -10,6 +11,7 @@
 #include "sandboxes/SandboxesViewState.h"
 #include "ui/Node.h"
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -31,6 +33,7 @@ struct DeskState {
     SandboxesViewState sandboxes;
     ConnectionsViewState connections;
     ComputersViewState computers;
+    AccessViewState access;
     RemotesViewState remotes;
 };
 
@@ -41,6 +44,9 @@ class Tunnel;
 class Clipboard;
 class Mail;
 class Hosts;
+class Folders;
+class FilesAccessModel;
+class FilePicker;
 class FilePicker;
 class Desktop;
 class Remotes;
@@ -68,6 +74,12 @@ struct DeskContext {
     // Where a copied or shared invite link goes; without them those buttons are off.
     Clipboard* clipboard = nullptr;
     Mail* mail = nullptr;
+    // The direct-thread folders and the files access; their sections show when there are these.
+    Folders* folders = nullptr;
+    FilesAccessModel* files = nullptr;
+    // Where a folder is chosen; without one the Folders section takes a typed path.
+    FilePicker* folderPicker = nullptr;
+    std::filesystem::path home;
     // Where a page is opened in the browser; without it a view shows the address instead.
     Desktop* desktop = nullptr;
     // The remote desktops; their section shows when there is one.

@@ -26,6 +26,7 @@ ui::Node MenuDesk::build(Bridge& bridge, const MenuContext& context) {
     }
     items.push_back(ui::button("Open Orvan Companion", context.openDesk).key("open"));
     items.push_back(ui::button(UpdateWords::menuItem, [b] { spawn(b->checkForUpdate(true)); }).key("updates.check"));
+    if (context.openFeedback) items.push_back(ui::button("Send feedback…", context.openFeedback).key("feedback"));
     std::string label = context.versionLabel;
     auto copy = context.copy;
     items.push_back(ui::button(label,

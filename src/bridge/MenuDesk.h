@@ -12,6 +12,8 @@ namespace orvan {
 struct MenuContext {
     std::function<void()> openDesk;
     std::function<void()> quit;
+    // Opens the feedback window; its row shows when there is one.
+    std::function<void()> openFeedback;
     // Puts text on the clipboard (after clearing it).
     std::function<void(const std::string&)> copy;
     std::string versionLabel;

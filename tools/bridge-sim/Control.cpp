@@ -1,5 +1,6 @@
 #include "Control.h"
 
+#include "FeedbackRoutes.h"
 #include "InviteRoutes.h"
 #include "Routes.h"
 #include "Seeds.h"
@@ -91,6 +92,7 @@ Reply answer(Sim& sim, const std::string& method, const std::string& path, const
         return Reply::done();
     }
     if (InviteRoutes::ownsControl(name)) return InviteRoutes::control(sim, name, body, now);
+    if (FeedbackRoutes::ownsControl(name)) return FeedbackRoutes::control(sim, name, body);
     if (name == "phone") return sim.state.addPhone(body, now);
     if (name == "watcher") return sim.state.addWatcher(body, now);
     if (name == "set") return sim.state.set(body);

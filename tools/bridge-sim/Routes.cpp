@@ -2,6 +2,8 @@
 
 #include "AccountsRoutes.h"
 #include "DiagnosticsRoutes.h"
+#include "FeedbackRoutes.h"
+#include "FolderRoutes.h"
 #include "InviteRoutes.h"
 #include "HostRoutes.h"
 #include "RemoteRoutes.h"
@@ -76,6 +78,8 @@ Reply answer(Sim& sim, const std::string& method, const std::string& target, con
     // Before the computers' family, whose prefix it shares.
     if (SignInRoutes::owns(path)) return SignInRoutes::answer(sim, method, path, body, now);
     if (HostRoutes::owns(path)) return HostRoutes::answer(sim, method, path, body, now);
+    if (FolderRoutes::owns(path)) return FolderRoutes::answer(sim, method, path, body, now);
+    if (FeedbackRoutes::owns(path)) return FeedbackRoutes::answer(sim, method, path, body, now);
     if (RemoteRoutes::owns(path)) return RemoteRoutes::answer(sim, method, path, body, now);
     bool known = false;
     for (const auto& route : table()) {

@@ -4,6 +4,7 @@
 #include "app/Scenes.h"
 #include "app/TreeCommands.h"
 #include "bridge/MenuDesk.h"
+#include "feedback/FeedbackWindow.h"
 #include "platform/linux/gui/QtClipboard.h"
 #include "platform/linux/gui/QtFilePicker.h"
 #include "ui/qt/InkStyle.h"
@@ -45,6 +46,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
             context.versionLabel = companion_.versionLabel();
             context.openDesk = [this] { show(); };
             context.quit = [] { QCoreApplication::quit(); };
+            context.openFeedback = [this] { openFeedback(); };
             context.copy = [](const std::string& text) {
                 QClipboard* clipboard = QGuiApplication::clipboard();
                 clipboard->clear();
@@ -85,6 +87,16 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
         companion_.activity().setActive(state == Qt::ApplicationActive);
     });
     look_ = themes_.observe([this] { lookChanged(); });
+    folders_ = companion_.folders().observe([this] { desk_->requestRender(); });
+    files_ = companion_.files().observe([this] { desk_->requestRender(); });
+    feedback_ = companion_.feedback().observe([this] {
+        if (!feedbackWindow_) return;
+        if (!companion_.feedback().isOpen) {
+            if (QWidget* window = feedbackWindow_->window()) window->hide();
+            return;
+        }
+        feedbackWindow_->requestRender();
+    });
     wordsTimer_.setSingleShot(true);
     wordsTimer_.setTimerType(Qt::CoarseTimer);
     QObject::connect(&wordsTimer_, &QTimer::timeout, &context_, [this] { desk_->requestRender(); });
@@ -111,6 +123,31 @@ void DeskWindow::closedWithoutTray() {
                                            "Ctrl+Q in the window."));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->show();
+}
+
+void DeskWindow::openFeedback() {
+    if (!feedbackWindow_) {
+        ui::qt::WindowSpec shape;
+        shape.id = Scenes::feedback.id;
+        shape.title = Scenes::feedback.title;
+        shape.minimumSize = QSize(Scenes::feedback.minimumWidth, Scenes::feedback.minimumHeight);
+        shape.defaultSize = QSize(Scenes::feedback.defaultWidth, Scenes::feedback.defaultHeight);
+        shape.defaults = UserDefaults::domain(AppInfo::bundleId, companion_.environment());
+        feedbackWindow_ = std::make_unique<ui::qt::WindowHost>(std::move(shape),
+                                                               [this] { return FeedbackWindow::build(companion_.feedback()); });
+        feedbackWindow_->setTonePalette(ui::qt::InkStyle::tones(themes_));
+        // Closing the window is Cancel: a send under way stops, the pictures' files go.
+        feedbackClose_.closed = [this] {
+            if (companion_.feedback().isOpen) companion_.feedback().close();
+        };
+        if (QWidget* window = feedbackWindow_->window()) window->installEventFilter(&feedbackClose_);
+    }
+    companion_.openFeedback();
+    feedbackWindow_->show();
+    if (QWidget* window = feedbackWindow_->window()) {
+        window->raise();
+        window->activateWindow();
+    }
 }
 
 void DeskWindow::show() {

@@ -66,6 +66,13 @@ private:
     Observable::Subscription hosts_;
     Observable::Subscription remotes_;
     Observable::Subscription look_;
+    Observable::Subscription folders_;
+    Observable::Subscription files_;
+    Observable::Subscription feedback_;
+    // The "Send feedback" window, made when first opened.
+    std::unique_ptr<ui::qt::WindowHost> feedbackWindow_;
+    CloseWatch feedbackClose_;
+    void openFeedback();
 };
 
 } // namespace orvan::app
