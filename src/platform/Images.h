@@ -22,8 +22,6 @@ public:
     // The picture drawn again from its pixels on a white ground, scaled down (never up) so its longer
     // side is at most `longestSide`, encoded as JPEG at `quality` (0...1). Empty when it can't be read.
     virtual std::string redrawJpeg(std::string_view bytes, int longestSide, double quality) const = 0;
-    // A small PNG of the picture for the window to show, at most `longestSide` on its longer side.
-    virtual std::string thumbnailPng(std::string_view bytes, int longestSide) const = 0;
 };
 
 } // namespace orvan

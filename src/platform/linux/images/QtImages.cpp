@@ -51,7 +51,7 @@ std::string encoded(const QImage& image, const char* format, int quality) {
     QBuffer buffer(&out);
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, format);
-    if (quality >= 0) writer.setQuality(quality);
+    writer.setQuality(quality);
     if (!writer.write(image)) return {};
     return out.toStdString();
 }
@@ -59,6 +59,16 @@ std::string encoded(const QImage& image, const char* format, int quality) {
 } // namespace
 
 std::optional<Images::Size> QtImages::size(std::string_view bytes) const {
+    // The header's word is enough when the format tells it; the redraw still refuses what doesn't decode.
+    QByteArray data = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    QBuffer buffer(&data);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    reader.setAutoTransform(true);
+    if (reader.canRead()) {
+        const QSize claimed = reader.size();
+        if (claimed.isValid() && !claimed.isEmpty()) return Size{claimed.width(), claimed.height()};
+    }
     const QImage image = read(bytes);
     if (image.isNull()) return std::nullopt;
     return Size{image.width(), image.height()};
@@ -69,12 +79,6 @@ std::string QtImages::redrawJpeg(std::string_view bytes, int longestSide, double
     if (source.isNull() || source.width() < 1 || source.height() < 1) return {};
     const int q = std::clamp(static_cast<int>(std::lround(quality * 100)), 0, 100);
     return encoded(drawnOnWhite(source, fitted(source.size(), longestSide)), "jpeg", q);
-}
-
-std::string QtImages::thumbnailPng(std::string_view bytes, int longestSide) const {
-    const QImage source = read(bytes);
-    if (source.isNull()) return {};
-    return encoded(drawnOnWhite(source, fitted(source.size(), longestSide)), "png", -1);
 }
 
 } // namespace orvan

@@ -10,7 +10,6 @@ class QtImages final : public Images {
 public:
     std::optional<Size> size(std::string_view bytes) const override;
     std::string redrawJpeg(std::string_view bytes, int longestSide, double quality) const override;
-    std::string thumbnailPng(std::string_view bytes, int longestSide) const override;
 };
 
 } // namespace orvan
