@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QTimer>
 
 namespace orvan::app {
@@ -83,6 +84,7 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     diagnostics_ = std::make_unique<LinuxDiagnostics>(DataFolder::bridge(environment_), AppInfo::shortVersion, AppInfo::buildNumber);
     setup.reporter = reporter_.get();
     setup.diagnostics = diagnostics_.get();
+    setup.notifications = &notifications_;
     updates_ = updateContext(environment_, executable);
     updates_.web = &web_;
     updates_.tools = &tools_;
@@ -92,6 +94,9 @@ Companion::Companion(Environment environment, std::string executable, std::vecto
     sandboxes_ = std::make_unique<Sandboxes>(*api_, clock_, environment_);
     tunnel_ = std::make_unique<Tunnel>(*api_, clock_, environment_);
     hosts_ = std::make_unique<Hosts>(*api_, clock_, environment_);
+    joinView_ = std::make_unique<JoinApprovalView>(*bridge_, place_);
+    ownerSetup_ = std::make_unique<OwnerSetupWindow>(*bridge_);
+    ownerSetupButton_ = std::make_unique<OwnerSetupButton>(*bridge_);
     folders_ = std::make_unique<Folders>(*api_, environment_);
     files_ = std::make_unique<FilesAccessModel>(
         *api_, FilesAccessSetup{environment_, bridge_->setup().defaults, &identity_, &desktop_, userHome(environment_)});
@@ -145,6 +150,7 @@ void Companion::startDesk() {
         }
     });
     bridge_->start();
+    ownerSetupButton_->start();
     // Asked once the window is up, until the owner answers under the current revision.
     const Consent consent = Consent::load(*bridge_->setup().defaults, AppInfo::shortVersion);
     if (consent.needsAsking()) {
@@ -183,6 +189,8 @@ ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed,
     context.files = files_.get();
     context.folderPicker = filePicker_.get();
     context.home = userHome(environment_);
+    context.ownerSetup = ownerSetupButton_.get();
+    context.showOwnerSetup = [this] { ownerSetup_->show(); };
     context.consentDefaults = bridge_->setup().defaults.get();
     context.appVersion = AppInfo::shortVersion;
     std::optional<TimePoint> wordsChange;
@@ -200,6 +208,22 @@ void Companion::openFeedback() {
     feedback_->setClipboard(clipboard_.get());
     feedback_->setPicker(filePicker_.get());
     feedback_->open();
+}
+
+void Companion::endOwnerSetup() {
+    if (!ownerSetup_ || !ownerSetup_->endsOnQuit()) return;
+    // Shared with the request, which may answer after this wait gave up.
+    auto loop = std::make_shared<QEventLoop>();
+    auto done = std::make_shared<bool>(false);
+    spawn([](OwnerSetupWindow& window, std::shared_ptr<QEventLoop> loop, std::shared_ptr<bool> done) -> Task<void> {
+        co_await window.quit();
+        *done = true;
+        loop->quit();
+    }(*ownerSetup_, loop, done));
+    if (*done) return;
+    QTimer::singleShot(std::chrono::duration_cast<std::chrono::milliseconds>(OwnerSetupWindow::quitWait), loop.get(),
+                       [loop] { loop->quit(); });
+    loop->exec();
 }
 
 std::string Companion::versionLabel() const {

@@ -9,6 +9,10 @@
 #include "computers/Remotes.h"
 #include "connections/LidWake.h"
 #include "connections/Tunnel.h"
+#include "phones/JoinApprovalView.h"
+#include "phones/OwnerSetupButton.h"
+#include "phones/OwnerSetupWindow.h"
+#include "platform/linux/FreedesktopNotifications.h"
 #include "diagnostics/CrashReporter.h"
 #include "access/FilesAccessModel.h"
 #include "access/Folders.h"
@@ -53,6 +57,8 @@ public:
     void startDesk();
     // Every deliberate end of the process goes through here.
     void quitting() {
+        // First, while the bridge may still be ours and running: a setup code must not outlive us.
+        endOwnerSetup();
         accounts_->cancelReads();
         sandboxesPoll_.cancel();
         tunnelPoll_.cancel();
@@ -67,6 +73,11 @@ public:
     Sandboxes& sandboxes() { return *sandboxes_; }
     Tunnel& tunnel() { return *tunnel_; }
     Hosts& hosts() { return *hosts_; }
+    // The join window's contents and the owner setup window, drawn by whichever front end runs.
+    JoinApprovalView& joinView() { return *joinView_; }
+    OwnerSetupWindow& ownerSetup() { return *ownerSetup_; }
+    OwnerSetupButton& ownerSetupButton() { return *ownerSetupButton_; }
+    const AccountWords::Place& place() const { return place_; }
     Folders& folders() { return *folders_; }
     FilesAccessModel& files() { return *files_; }
     FeedbackView& feedback() { return *feedback_; }
@@ -139,6 +150,14 @@ private:
     Observable::Subscription bridgeReady_;
     bool accountsRead_ = false;
     DeskState desk_;
+    // Cancels a setup code that may still work, waiting at most a second for the bridge.
+    void endOwnerSetup();
+    FreedesktopNotifications notifications_{QStringLiteral("Orvan Companion")};
+    AccountWords::Place place_ = AccountWords::placeFrom(environment_);
+    // After the bridge, so they go before it.
+    std::unique_ptr<JoinApprovalView> joinView_;
+    std::unique_ptr<OwnerSetupWindow> ownerSetup_;
+    std::unique_ptr<OwnerSetupButton> ownerSetupButton_;
     std::unique_ptr<Clipboard> clipboard_ = std::make_unique<TerminalClipboard>();
     XdgMail mail_;
     XdgDesktop desktop_{environment_};

@@ -2,6 +2,9 @@
 
 #include "app/TreeCommands.h"
 #include "appearance/ThemeStore.h"
+#include "phones/JoinWords.h"
+#include "phones/OwnerSetupView.h"
+#include "phones/OwnerSetupWords.h"
 #include "feedback/FeedbackWindow.h"
 
 #include <algorithm>
@@ -54,6 +57,12 @@ HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions
     sandboxes_ = companion_.sandboxes().observe([this] { requestRender(); });
     tunnel_ = companion_.tunnel().observe([this] { requestRender(); });
     hosts_ = companion_.hosts().observe([this] { requestRender(); });
+    joinView_ = companion_.joinView().observe([this] { requestRender(); });
+    ownerSetup_ = companion_.ownerSetup().observe([this] { requestRender(); });
+    ownerSetupButton_ = companion_.ownerSetupButton().observe([this] { requestRender(); });
+    blocks_.view = this;
+    companion_.bridge().joinWindow.attach(&blocks_);
+    companion_.ownerSetup().attach(&blocks_);
     remotes_ = companion_.remotes().observe([this] { requestRender(); });
     look_ = ThemeStore::shared().observe([this] { requestRender(); });
     folders_ = companion_.folders().observe([this] { requestRender(); });
@@ -71,7 +80,34 @@ HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions
     }
 }
 
-HeadlessView::~HeadlessView() { echo(true); }
+HeadlessView::~HeadlessView() {
+    companion_.bridge().joinWindow.attach(nullptr);
+    companion_.ownerSetup().attach(nullptr);
+    echo(true);
+}
+
+void HeadlessView::Blocks::present(WindowId window) {
+    // A window that comes forward is one the owner looks at afresh: Approve waits its second again.
+    if (window == WindowId::join) view->companion_.joinView().appeared();
+    view->requestRender();
+}
+
+void HeadlessView::appendWindows(ui::Node& tree) {
+    Bridge* bridge = &companion_.bridge();
+    if (bridge->joinWindow.shown()) {
+        tree.children.push_back(
+            ui::section(JoinWords::windowTitle,
+                        {companion_.joinView().build(companion_.clock().now()),
+                         ui::button("Close", [this, bridge] {
+                             bridge->joinWindow.closedByOwner();
+                             requestRender();
+                         }).key("joinWindow.close")})
+                .key("joinWindow"));
+    }
+    if (OwnerSetupModel* model = companion_.ownerSetup().model())
+        tree.children.push_back(ui::section(OwnerSetupWords::title, {OwnerSetupView::build(*model, companion_.place())})
+                                    .key("ownerSetupWindow"));
+}
 
 void HeadlessView::requestRender() {
     if (pending_) return;
@@ -99,6 +135,7 @@ void HeadlessView::renderNow() {
                                                       .key("feedback.open")})
                                      .key("menu"));
     }
+    appendWindows(*tree);
     fitForText(*tree);
     ui::TextFrame frame = ui::TextRenderer(terminalText(options_.width, options_.invert)).frame(*tree);
     // The controls point into the tree they came from, so the two are replaced together.

@@ -7,6 +7,7 @@
 #include "app/Companion.h"
 #include "app/FrontEnd.h"
 #include "foundation/Observable.h"
+#include "platform/Presenter.h"
 #include "ui/TextRenderer.h"
 
 #include <QCoreApplication>
@@ -63,6 +64,16 @@ private:
     Observable::Subscription sandboxes_;
     Observable::Subscription tunnel_;
     Observable::Subscription hosts_;
+    // The join and owner setup windows print as blocks of their own after the main window.
+    struct Blocks final : Presenter {
+        HeadlessView* view = nullptr;
+        void present(WindowId window) override;
+        void dismiss(WindowId) override { view->requestRender(); }
+    } blocks_;
+    void appendWindows(ui::Node& tree);
+    Observable::Subscription joinView_;
+    Observable::Subscription ownerSetup_;
+    Observable::Subscription ownerSetupButton_;
     Observable::Subscription remotes_;
     Observable::Subscription look_;
     Observable::Subscription folders_;

@@ -14,6 +14,7 @@
 #include "diagnostics/ConsentSheet.h"
 #include "diagnostics/PrivacySection.h"
 #include "connections/LidWords.h"
+#include "phones/OwnerSetupView.h"
 #include "phones/PhonesSection.h"
 #include "platform/Clipboard.h"
 #include "sandboxes/SandboxSection.h"
@@ -98,6 +99,9 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     }).key("mac"));
     if (context.wordsChange) context.wordsChange->reset();
     card.push_back(PhonesSection::build(bridge, state, now, context));
+    if (context.ownerSetup && context.showOwnerSetup)
+        card.push_back(ui::section("", {OwnerSetupView::button(*context.ownerSetup, context.showOwnerSetup)})
+                           .key("ownerSetupRow"));
     if (context.tunnel)
         card.push_back(ConnectionsSection::build(*context.tunnel, state.connections, context.changed));
     std::function<void(const std::string&)> copy;

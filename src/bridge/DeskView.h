@@ -44,6 +44,7 @@ class Tunnel;
 class Clipboard;
 class Mail;
 class Hosts;
+class OwnerSetupButton;
 class Folders;
 class FilesAccessModel;
 class FilePicker;
@@ -74,6 +75,9 @@ struct DeskContext {
     // Where a copied or shared invite link goes; without them those buttons are off.
     Clipboard* clipboard = nullptr;
     Mail* mail = nullptr;
+    // Whether owner setup is offered, and what opens its window; the button shows with both.
+    const OwnerSetupButton* ownerSetup = nullptr;
+    std::function<void()> showOwnerSetup;
     // The direct-thread folders and the files access; their sections show when there are these.
     Folders* folders = nullptr;
     FilesAccessModel* files = nullptr;

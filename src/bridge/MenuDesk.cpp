@@ -1,6 +1,7 @@
 #include "bridge/MenuDesk.h"
 
 #include "connections/LidWords.h"
+#include "phones/JoinWords.h"
 #include "screen/SharingWords.h"
 #include "updates/UpdateWords.h"
 
@@ -22,6 +23,10 @@ ui::Node MenuDesk::build(Bridge& bridge, const MenuContext& context) {
     if (bridge.watched()) {
         items.push_back(ui::text(SharingWords::menu(bridge.screen)).key("sharing"));
         items.push_back(ui::button("Stop sharing the screen", [b] { spawn(b->stopScreen()); }).key("sharing.stop"));
+        items.push_back(ui::separator());
+    }
+    if (!bridge.joins.empty()) {
+        items.push_back(ui::button(JoinWords::menu(bridge.joins), [b] { b->showJoins(); }).key("joins"));
         items.push_back(ui::separator());
     }
     items.push_back(ui::button("Open Orvan Companion", context.openDesk).key("open"));

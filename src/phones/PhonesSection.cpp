@@ -5,6 +5,7 @@
 #include "phones/GuestExtend.h"
 #include "phones/InviteSheet.h"
 #include "phones/InviteSheetView.h"
+#include "phones/JoinWords.h"
 #include "phones/PhoneWords.h"
 
 namespace orvan::PhonesSection {
@@ -142,12 +143,23 @@ ui::Node build(Bridge& bridge, DeskState& state, TimePoint now, const DeskContex
         if (wordsChange && changes && (!*wordsChange || *changes < **wordsChange)) *wordsChange = changes;
     }
     if (!bridge.phoneNote.empty()) rows.push_back(ui::text(bridge.phoneNote).tone(ui::Tone::Danger).key("phoneNote"));
+    if (!bridge.joined.empty()) {
+        const auto place = AccountWords::placeFrom(bridge.setup().environment);
+        int n = 0;
+        for (const auto& notice : bridge.joined)
+            rows.push_back(ui::text(notice.line(now, place) + notExpected).tone(ui::Tone::Warning)
+                               .key("joined:" + std::to_string(n++)));
+    }
     if (!bridge.ownerNotices.empty()) {
         const auto place = AccountWords::placeFrom(bridge.setup().environment);
         for (const auto& notice : bridge.ownerNotices)
             rows.push_back(ui::text(notice.line(now, place) + notExpected).tone(ui::Tone::Warning).key("owner:" + notice.id));
         rows.push_back(ui::button("Dismiss", [b] { b->dismissOwnerNotices(); }).key("ownerNotices.dismiss"));
     }
+    if (!bridge.joins.empty())
+        rows.push_back(ui::row(JoinWords::waiting(bridge.joins),
+                               {ui::button("Review", [b] { b->showJoins(); }).help(JoinWords::reviewHelp).key("joins.review")})
+                           .key("joins"));
     rows.push_back(ui::button("Invite someone\u2026", [b, s, changed] { openInvite(*b, *s, changed); })
                        .help(inviteHelp)
                        .key("invite"));

@@ -2,6 +2,8 @@
 
 #include "FeedbackRoutes.h"
 #include "InviteRoutes.h"
+#include "JoinRoutes.h"
+#include "OwnerSetupRoutes.h"
 #include "Routes.h"
 #include "Seeds.h"
 
@@ -92,6 +94,8 @@ Reply answer(Sim& sim, const std::string& method, const std::string& path, const
         return Reply::done();
     }
     if (InviteRoutes::ownsControl(name)) return InviteRoutes::control(sim, name, body, now);
+    if (JoinRoutes::ownsControl(name)) return JoinRoutes::control(sim, name, body, now);
+    if (OwnerSetupRoutes::ownsControl(name)) return OwnerSetupRoutes::control(sim, name, body, now);
     if (FeedbackRoutes::ownsControl(name)) return FeedbackRoutes::control(sim, name, body);
     if (name == "phone") return sim.state.addPhone(body, now);
     if (name == "watcher") return sim.state.addWatcher(body, now);

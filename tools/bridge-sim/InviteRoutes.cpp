@@ -1,6 +1,7 @@
 #include "InviteRoutes.h"
 
 #include "InviteCode.h"
+#include "JoinState.h"
 #include "Routes.h"
 
 #include <algorithm>
@@ -37,18 +38,8 @@ struct Invite {
     std::optional<TimePoint> joinsAt; // a QR invite's phone, on its way
 };
 
-struct JoinRequest {
-    std::string id;
-    std::string inviteId;
-    std::string name;
-    std::string code;
-    std::string fp;
-    TimePoint asked;
-};
-
 struct Invites {
     std::vector<Invite> all;
-    std::vector<JoinRequest> joins;
     bool older = false;
     std::optional<std::string> link; // every link invite comes out with this link
     double joinAfter = 4;
@@ -289,23 +280,12 @@ Reply control(Sim&, const std::string& name, const json& body, TimePoint now) {
     if (!invite || invite->kind != "link" || !open(*invite, now))
         return Reply::message(404, "No open link invite has that id.");
     invite->used = true;
-    JoinRequest request;
-    request.id = s.hex(8);
-    request.inviteId = invite->id;
-    request.name = body.contains("name") && body["name"].is_string() ? body["name"].get<std::string>() : invite->name;
-    request.code = std::to_string(1000 + s.random() % 9000);
-    request.fp = s.hex(16);
-    request.asked = now;
-    s.joins.push_back(request);
+    const std::string asker =
+        body.contains("name") && body["name"].is_string() ? body["name"].get<std::string>() : invite->name;
+    const PendingJoin& request = JoinState::shared().ask(invite->id, asker, invite->role, invite->guest, now);
     return Reply::json(200, json{{"id", request.id}, {"code", request.code}});
 }
 
-json joins(TimePoint) {
-    json list = json::array();
-    for (const auto& request : invites().joins)
-        list.push_back(json{{"id", request.id}, {"name", request.name}, {"code", request.code}, {"fp", request.fp},
-                            {"asked", Rfc3339::string(request.asked)}});
-    return list;
-}
+json joins(TimePoint) { return JoinState::shared().listed()["joins"]; }
 
 } // namespace orvan::sim::InviteRoutes

@@ -5,6 +5,8 @@
 #include "FeedbackRoutes.h"
 #include "FolderRoutes.h"
 #include "InviteRoutes.h"
+#include "JoinRoutes.h"
+#include "OwnerSetupRoutes.h"
 #include "HostRoutes.h"
 #include "RemoteRoutes.h"
 #include "SignInRoutes.h"
@@ -71,6 +73,8 @@ Reply answer(Sim& sim, const std::string& method, const std::string& target, con
     // Phones that were on their way have arrived by the time anyone looks.
     InviteRoutes::settle(sim, now);
     if (InviteRoutes::owns(path)) return InviteRoutes::answer(sim, method, target, body, now);
+    if (JoinRoutes::owns(path)) return JoinRoutes::answer(sim, method, path, body, now);
+    if (OwnerSetupRoutes::owns(path)) return OwnerSetupRoutes::answer(sim, method, path, body, now);
     if (AccountsRoutes::owns(path)) return AccountsRoutes::answer(sim, method, target, body, now);
     if (SandboxRoutes::owns(path)) return SandboxRoutes::answer(sim, method, target, body, now);
     if (TunnelRoutes::owns(path)) return TunnelRoutes::answer(sim, method, path, body, now);
