@@ -83,6 +83,8 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     // back from the settings where they were given.
     sharingBar_.setTonePalette(ui::qt::InkStyle::tones(themes_));
     companion_.bridge().sharingBar.attach(&sharingBar_);
+    panels_ = std::make_unique<DeskPanels>(companion_, UserDefaults::domain(AppInfo::bundleId, companion_.environment()));
+    panels_->setTonePalette(ui::qt::InkStyle::tones(themes_));
     QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &context_, [this](Qt::ApplicationState state) {
         companion_.activity().setActive(state == Qt::ApplicationActive);
     });
@@ -169,6 +171,7 @@ void DeskWindow::lookChanged() {
     desk_->setTonePalette(tones);
     desk_->requestRender();
     sharingBar_.setTonePalette(tones);
+    if (panels_) panels_->setTonePalette(tones);
     if (menuHost_) {
         menuHost_->setTonePalette(tones);
         menuHost_->requestRender();

@@ -4,6 +4,7 @@
 
 #include "app/Companion.h"
 #include "app/FrontEnd.h"
+#include "app/desk/DeskPanels.h"
 #include "appearance/ThemeStore.h"
 #include "foundation/Observable.h"
 #include "ui/qt/MenuHost.h"
@@ -54,6 +55,8 @@ private:
     std::unique_ptr<ui::qt::MenuHost> menuHost_;
     std::unique_ptr<QSystemTrayIcon> tray_;
     ui::qt::SharingBarWindow sharingBar_;
+    // The join request and owner setup windows.
+    std::unique_ptr<DeskPanels> panels_;
     std::string traySymbol_;
     ui::Tone trayTone_ = ui::Tone::Normal;
     QObject context_;
