@@ -5,6 +5,9 @@
 // cancelled when the program quits while it shows.
 #include "DrivenProgram.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
 #include <gtest/gtest.h>
 #include <regex>
 
@@ -125,6 +128,104 @@ TEST_F(JoinsProgram, QuittingWhileTheCodeShowsCancelsIt) {
     program_.terminate();
     ASSERT_TRUE(finished());
     EXPECT_EQ(read("/local/owner-setup")["live"], false) << errors_;
+}
+
+// A notification server on a bus of the test's own: it records what is posted and closed.
+struct NotificationServer final : QDBusVirtualObject {
+    struct Posted {
+        uint id;
+        std::string title, body;
+    };
+    std::vector<Posted> posted;
+    std::vector<uint> closed;
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        const QList<QVariant> args = message.arguments();
+        if (message.member() == QLatin1String("Notify") && args.size() == 8) {
+            const uint id = static_cast<uint>(posted.size() + 1);
+            posted.push_back({id, args[3].toString().toStdString(), args[4].toString().toStdString()});
+            connection.send(message.createReply(QVariant::fromValue(id)));
+            return true;
+        }
+        if (message.member() == QLatin1String("CloseNotification") && args.size() == 1) {
+            closed.push_back(args[0].toUInt());
+            connection.send(message.createReply());
+            return true;
+        }
+        return false;
+    }
+};
+
+class JoinNotices : public JoinsProgram {
+protected:
+    void adjust(QProcessEnvironment& env) override {
+        JoinsProgram::adjust(env);
+        daemon_.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
+        if (!daemon_.waitForStarted(5000) || !waitUntil([&] { return daemon_.canReadLine(); }, 5s)) return;
+        address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
+        env.insert("DBUS_SESSION_BUS_ADDRESS", address_);
+    }
+    void TearDown() override {
+        JoinsProgram::TearDown();
+        QDBusConnection::disconnectFromBus(QStringLiteral("notices"));
+        daemon_.terminate();
+        daemon_.waitForFinished(5000);
+    }
+    bool serve() {
+        if (address_.isEmpty()) return false;
+        bus_ = QDBusConnection::connectToBus(address_, QStringLiteral("notices"));
+        return bus_.isConnected() && bus_.registerService(QStringLiteral("org.freedesktop.Notifications")) &&
+               bus_.registerVirtualObject(QStringLiteral("/org/freedesktop/Notifications"), &server_);
+    }
+    // A phone follows a new link invite; answers the request it leaves, as the bridge lists it.
+    json follow(const std::string& name) {
+        std::string id;
+        waitUntil([&] {
+            auto made = ask("/local/invite", json{{"role", "member"}, {"kind", "link"}});
+            if (made && made->status == 200) id = json::parse(made->body, nullptr, false).value("id", "");
+            return !id.empty();
+        });
+        auto asked = ask("/_sim/follow", json{{"id", id}, {"name", name}});
+        const std::string request = asked ? json::parse(asked->body, nullptr, false).value("id", "") : "";
+        for (const auto& join : read("/local/joins").value("joins", json::array()))
+            if (join.value("id", "") == request) return join;
+        return json::object();
+    }
+
+    QProcess daemon_;
+    QString address_;
+    QDBusConnection bus_{QStringLiteral("none")};
+    NotificationServer server_;
+};
+
+TEST_F(JoinNotices, OneNoticePerRequestNeverWithItsCodeClosedWhenTheRequestEnds) {
+    ASSERT_TRUE(serve()) << "no private session bus";
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(settles([&] { return saw("== Phones =="); })) << output_;
+    const json ann = follow("Ann’s phone");
+    ASSERT_TRUE(ann.contains("code")) << ann.dump();
+    ASSERT_TRUE(settles([&] { return server_.posted.size() == 1; })) << frame();
+    EXPECT_EQ(server_.posted[0].title, "Ann’s phone wants to join…");
+
+    // A new code for the same request brings the window forward again, but posts nothing more.
+    ASSERT_TRUE(ask("/_sim/join-code", json{{"code", "0042"}}));
+    const json bo = follow("Bo");
+    ASSERT_TRUE(settles([&] { return server_.posted.size() >= 2; })) << frame();
+    runFor(3s);
+    ASSERT_EQ(server_.posted.size(), 2u);
+    EXPECT_EQ(server_.posted[1].title, "Bo wants to join…");
+    for (const auto& notice : server_.posted)
+        for (const std::string code : {ann["code"].get<std::string>(), std::string("0042"), bo["code"].get<std::string>()}) {
+            EXPECT_EQ(notice.title.find(code), std::string::npos);
+            EXPECT_EQ(notice.body.find(code), std::string::npos);
+        }
+
+    ASSERT_TRUE(ask("/local/joins/" + bo["id"].get<std::string>() + "/deny", json{{"code", bo["code"]}, {"fp", bo["fp"]}}));
+    ASSERT_TRUE(settles([&] { return server_.closed.size() == 1; })) << frame();
+    EXPECT_EQ(server_.closed[0], server_.posted[1].id);
+    ASSERT_TRUE(ask("/local/joins/" + ann["id"].get<std::string>() + "/approve", json{{"code", "0042"}, {"fp", ann["fp"]}}));
+    ASSERT_TRUE(settles([&] { return server_.closed.size() == 2; })) << frame();
+    EXPECT_EQ(server_.closed[1], server_.posted[0].id);
 }
 
 } // namespace
