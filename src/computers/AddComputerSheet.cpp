@@ -92,6 +92,7 @@ Task<void> AddComputerSheet::add() {
     auto result = co_await hosts_.add(form);
     if (alive.cancelled()) co_return;
     added = result;
+    tell();
     // The form stays as it is for another try; the note says why.
     if (!added) co_return;
     const auto& found = hosts_.found;
@@ -109,6 +110,7 @@ Task<void> AddComputerSheet::add() {
         if (alive.cancelled()) co_return;
         if (installed.kind == AgentInstall::Kind::needsSudo) {
             sudo = SudoAsk::make(*added, SudoPurpose::agents(installed.packages), names, ids);
+            tell();
             co_return;
         }
     }
@@ -121,6 +123,7 @@ Task<void> AddComputerSheet::copyChosen(std::vector<std::string> ids) {
     auto copied = co_await hosts_.copyAccounts(*added, std::move(ids), accounts_.list, false);
     if (alive.cancelled()) co_return;
     replacing = copied.replacing;
+    tell();
 }
 
 Task<void> AddComputerSheet::sudoDone(std::optional<std::string> password) {
@@ -137,6 +140,7 @@ Task<void> AddComputerSheet::sudoDone(std::optional<std::string> password) {
         if (installed.kind == AgentInstall::Kind::needsSudo) {
             // A wrong password comes back as the same question.
             sudo = SudoAsk::make(ask->host, SudoPurpose::agents(installed.packages), ask->agents, ask->accounts);
+            tell();
             co_return;
         }
     }

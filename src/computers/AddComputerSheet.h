@@ -36,6 +36,8 @@ public:
     std::optional<ReplaceAsk> replacing;
     // Typed into the sudo question; emptied as it goes.
     std::string sudoPassword;
+    // Told when the sheet's own fields change after a wait, so its window draws again.
+    std::function<void()> changed;
 
     // How long the steps stay readable before a sheet with nothing more to do closes.
     static constexpr Duration readingPause = std::chrono::milliseconds(1500);
@@ -69,6 +71,9 @@ public:
     Accounts& accounts() { return accounts_; }
 
 private:
+    void tell() {
+        if (changed) changed();
+    }
     Task<void> copyChosen(std::vector<std::string> ids);
     void wipe();
 

@@ -108,6 +108,7 @@ void openSetup(Hosts& hosts, ComputersViewState& state, Accounts& accounts, cons
         s->settingUp.reset();
         if (changed) changed();
     });
+    sheet->changed = changed;
     state.settingUp = sheet;
     if (changed) changed();
     spawn(sheet->open());
@@ -164,6 +165,7 @@ ui::Node addButton(Hosts& hosts, ComputersViewState& state, const ComputersServi
                                   s->adding.reset();
                                   if (changed) changed();
                               });
+                          s->adding->changed = changed;
                           if (changed) changed();
                       })
         .enabled(services.accounts != nullptr && !state.adding)

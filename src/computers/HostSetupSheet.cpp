@@ -17,6 +17,10 @@ HostSetupSheet::~HostSetupSheet() {
     std::fill(sudoPassword.begin(), sudoPassword.end(), '\0');
 }
 
+void HostSetupSheet::tell() {
+    if (changed) changed();
+}
+
 std::vector<std::string> HostSetupSheet::toInstall() const {
     return AgentChoice::request(agents, there.value_or(HostAgentsThere{}));
 }
@@ -30,6 +34,7 @@ Task<void> HostSetupSheet::open() {
     auto read = co_await hosts_.lookAgents(setup.host);
     if (alive.cancelled()) co_return;
     there = read;
+    tell();
 }
 
 Task<void> HostSetupSheet::install(std::string password) {
@@ -40,12 +45,14 @@ Task<void> HostSetupSheet::install(std::string password) {
     if (alive.cancelled()) co_return;
     if (installed.kind == AgentInstall::Kind::needsSudo) {
         sudo = SudoAsk::make(setup.host, SudoPurpose::agents(installed.packages), names, {});
+        tell();
         co_return;
     }
     // Done or not, what is there now is the truth; a failed read keeps the last one.
     auto read = co_await hosts_.lookAgents(setup.host);
     if (alive.cancelled()) co_return;
     if (read) there = read;
+    tell();
 }
 
 Task<void> HostSetupSheet::sudoDone(std::optional<std::string> password) {
@@ -64,6 +71,7 @@ Task<void> HostSetupSheet::copy(bool replace) {
     for (const auto& row : copied.results)
         if (row.copied) copying.erase(row.id);
     replacing = copied.replacing;
+    tell();
 }
 
 void HostSetupSheet::close() {

@@ -32,6 +32,8 @@ public:
     std::optional<SudoAsk> sudo;
     std::optional<ReplaceAsk> replacing;
     std::string sudoPassword;
+    // Told when the sheet's own fields change after a wait, so its window draws again.
+    std::function<void()> changed;
 
     // Empties the words of earlier work and, for agents, reads what is there.
     Task<void> open();
@@ -49,6 +51,8 @@ public:
     Accounts& accounts() { return accounts_; }
 
 private:
+    void tell();
+
     Hosts& hosts_;
     Accounts& accounts_;
     std::function<void()> closed_;

@@ -119,6 +119,15 @@ TEST_F(AddComputerProgram, TestTrustAddAgentsSudoAccountsAndReplaceLeaveNoSecret
     EXPECT_EQ(there["agents"], json({"claude", "codex"}));
     EXPECT_EQ(there["node"], true);
 
+    // The new computer's card opens the same agents sheet later, reading what is there first.
+    ASSERT_TRUE(waitUntil([&] { return !numberOf(R"(\[Install agents…\])", "== kiln.example ==").empty(); }, 20s))
+        << lastFrame();
+    ASSERT_TRUE(act("press", R"(\[Install agents…\])", "", "> Pressed Install agents….", "== kiln.example ==")) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw(">>> Sheet: Install agents on kiln.example"); }, 10s)) << output_;
+    EXPECT_TRUE(waitUntil([&] { return lastFrame().find("Agents there: Claude Code, Codex.") != std::string::npos; }, 10s))
+        << lastFrame();
+    ASSERT_TRUE(act("press", R"(\[Close\])", "", "> Pressed Close.", ">>> Sheet: Install agents on")) << output_;
+
     ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
     EXPECT_TRUE(finished());
     for (const char* secret : {kPassphrase, kPassword, kSudo}) {
