@@ -31,6 +31,15 @@ Task<void> Bridge::checkForUpdate(bool manual) {
     const UpdateManifest& release = std::get<UpdateManifest>(latest);
     UpdatePlan plan = UpdatePlan::decide(context.currentVersion, release, context.system,
                                          UpdateStore::dismissed(setup_.environment), manual);
+    // A copy the Debian package installed is the package manager's to replace: it is told, not asked.
+    if ((plan.kind == UpdatePlan::Kind::prompt || plan.kind == UpdatePlan::Kind::quiet) &&
+        InstallTarget::packaged(context.running, context.dpkgInfo)) {
+        readyRelease.reset();
+        assign(updateReady, std::string());
+        assign(updatePrompt, false);
+        assign(updateNote, UpdateWords::readyFromPackages(plan.version));
+        co_return;
+    }
     switch (plan.kind) {
     case UpdatePlan::Kind::prompt:
     case UpdatePlan::Kind::quiet:

@@ -31,6 +31,9 @@ inline constexpr const char* packaged =
     "This copy came from the Debian package, so the package manager installs the newer version. Nothing was replaced.";
 
 inline std::string ready(const std::string& version) { return "Version " + version + " is ready."; }
+inline std::string readyFromPackages(const std::string& version) {
+    return "Version " + version + " is ready. This copy came from the Debian package, so the package manager installs it.";
+}
 inline std::string unsupported(const std::string& version, const std::string& minimum) {
     return "Version " + version + " needs macOS " + minimum + " or later. This Mac stays on this version.";
 }

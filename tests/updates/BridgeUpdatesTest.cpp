@@ -178,9 +178,18 @@ TEST_F(BridgeUpdatesTest, InstallWithoutAnInstalledCopyOrFromThePackageSaysSoAnd
     test::start(bridge_->installUpdate());
     EXPECT_EQ(bridge_->updateNote, UpdateWords::packaged);
     EXPECT_TRUE(tools_.calls.empty());
+    // And a check tells that copy where the newer version comes from, without asking or a button.
+    check(true);
+    EXPECT_EQ(bridge_->updateNote,
+              "Version 1.3 is ready. This copy came from the Debian package, so the package manager installs it.");
+    EXPECT_FALSE(bridge_->updatePrompt);
+    EXPECT_EQ(section().find("[Update]"), std::string::npos);
+    EXPECT_FALSE(bridge_->readyRelease);
 
     // Unlisted, in place, but this copy has no release key: refused before any download.
     std::filesystem::remove(context_.dpkgInfo / "orvan-companion.list");
+    check(true);
+    ASSERT_EQ(bridge_->updateReady, "1.3");
     test::start(bridge_->installUpdate());
     EXPECT_EQ(bridge_->updateNote, UpdateCheck::unsignedCopy);
     EXPECT_FALSE(bridge_->updateBusy);
