@@ -85,6 +85,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     companion_.bridge().sharingBar.attach(&sharingBar_);
     panels_ = std::make_unique<DeskPanels>(companion_, UserDefaults::domain(AppInfo::bundleId, companion_.environment()));
     panels_->setTonePalette(ui::qt::InkStyle::tones(themes_));
+    ownerSetupButton_ = companion_.ownerSetupButton().observe([this] { desk_->requestRender(); });
     QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &context_, [this](Qt::ApplicationState state) {
         companion_.activity().setActive(state == Qt::ApplicationActive);
     });

@@ -57,6 +57,7 @@ private:
     ui::qt::SharingBarWindow sharingBar_;
     // The join request and owner setup windows.
     std::unique_ptr<DeskPanels> panels_;
+    Observable::Subscription ownerSetupButton_;
     std::string traySymbol_;
     ui::Tone trayTone_ = ui::Tone::Normal;
     QObject context_;
