@@ -70,6 +70,10 @@ TEST_F(HostSetupSheetTest, InstallReadsWhatIsThereBeforeAndAfterAndSaysWhenNobod
     // No answer at all: the words say nobody knows, and what is there is read again.
     sheet->agents = {"grok"};
     api_.on("POST", kAgents, Reply::failure());
+    run(sheet->install(""));
+    EXPECT_EQ(hosts_.note, "The bridge did not answer while the agents installed. Install agents… on the computer's card "
+                           "says what is there.");
+    EXPECT_EQ(api_.count(kLook), 3u);
     api_.on("POST", kLook, Reply::json(500, "{}"));
     run(sheet->install(""));
     EXPECT_EQ(hosts_.note, "Could not read the agents there.");
