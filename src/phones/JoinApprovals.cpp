@@ -4,11 +4,9 @@
 
 namespace orvan {
 
-std::string JoinApprovals::approve(const std::string& id) {
-    return std::string(path) + "/" + PathPart::escape(id) + "/approve";
-}
+std::string JoinApprovals::approve(const std::string& id) { return "/local/joins/" + PathPart::escape(id) + "/approve"; }
 
-std::string JoinApprovals::deny(const std::string& id) { return std::string(path) + "/" + PathPart::escape(id) + "/deny"; }
+std::string JoinApprovals::deny(const std::string& id) { return "/local/joins/" + PathPart::escape(id) + "/deny"; }
 
 Json JoinApprovals::body(const JoinRequest& join) { return Json{{"code", join.code}, {"fp", join.fp}}; }
 
