@@ -16,7 +16,8 @@ void close(Remotes& remotes, RemotesViewState& state, const Changed& changed) {
 }
 
 Task<void> addThenClose(Remotes& remotes, RemotesViewState& state, RemoteForm form, Changed changed) {
-    if (co_await remotes.add(std::move(form))) close(remotes, state, changed);
+    const bool added = co_await remotes.add(std::move(form));
+    if (added) close(remotes, state, changed);
 }
 
 // A change of what is reached: the trusted certificate and what the last test found belong to

@@ -95,7 +95,8 @@ Task<void> HostSignInSheet::follow(std::string chosen, Cancel work) {
             if (!state.code.empty()) copyCode();
             openPage();
         }
-        if (!co_await clock.sleep(HostSignIn::poll, work)) co_return;
+        const bool slept = co_await clock.sleep(HostSignIn::poll, work);
+        if (!slept) co_return;
         if (work.cancelled()) co_return;
         if (clock.now() >= deadline) {
             assign(step, HostSignInStep::failed("No one finished signing in in time. Try again."));

@@ -13,6 +13,7 @@
 namespace orvan {
 namespace {
 
+using namespace std::chrono_literals;
 using test::Reply;
 
 TEST(RemoteRecordsTest, LinesAndBodies) {
@@ -158,10 +159,11 @@ TEST_F(RemotesTest, AnRdpDesktopIsAddedOnlyOnceItsCertificateIsTrusted) {
     EXPECT_EQ(lastBody("/companion/remotes/test")["fingerprint"], "aa:bb:cc");
     EXPECT_TRUE(saw("Reached it, with the certificate you trusted.")) << render();
 
-    api_.on("POST", "/companion/remotes/add", Reply::json(200, R"({"id":"r-2"})"));
+    api_.on("POST", "/companion/remotes/add", Reply::json(200, R"({"id":"r-2"})").after(1s));
     api_.on("GET", "/companion/remotes", Reply::json(200, R"({"remotes":[
         {"id":"r-1","name":"Living room Mac","protocol":"vnc","host":"mini.local","port":5900},
-        {"id":"r-2","name":"office.local","protocol":"rdp","host":"office.local","port":3389,"user":"rosa","secret":true}]})"));
+        {"id":"r-2","name":"office.local","protocol":"rdp","host":"office.local","port":3389,"user":"rosa","secret":true}]})")
+                                             .after(1s));
     command("press Add");
     const Json sent = lastBody("/companion/remotes/add");
     EXPECT_EQ(sent["password"], "orchid-88");
