@@ -111,7 +111,8 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
     if (context.sandboxes) card.push_back(SandboxSection::build(*context.sandboxes, state.sandboxes, context.changed));
     if (context.hosts)
         card.push_back(ComputersSection::build(*context.hosts, state.computers, context.changed,
-                                               {context.accounts, context.filePicker, context.userName}));
+                                               {context.accounts, context.filePicker, context.userName,
+                                                context.desktop, context.clipboard}));
     if (context.remotes)
         card.push_back(RemoteDesktopsSection::build(*context.remotes, state.remotes, context.changed));
     if (context.accounts) {

@@ -3,6 +3,7 @@
 #include "accounts/Accounts.h"
 #include "computers/AddComputerSheet.h"
 #include "computers/HostSetupSheet.h"
+#include "computers/HostSignInSheetView.h"
 
 #include "computers/HostBridge.h"
 #include "computers/HostSandboxRow.h"
@@ -142,6 +143,8 @@ ui::Node card(Hosts& hosts, ComputersViewState& state, const CompanionHost& host
               const ComputersServices& services) {
     ui::Nodes lines{bridgeBlock(hosts, state, host, changed)};
     if (!host.forTerminal()) lines.push_back(setupButtons(hosts, state, host, services, changed));
+    if (!host.forTerminal())
+        lines.push_back(HostSignInSheetView::opener(hosts, state, host, services.desktop, services.clipboard, changed));
     // Nothing is installed on a Terminal only computer, so it has no sandboxes to speak of.
     if (!host.forTerminal()) lines.push_back(HostSandboxRow::build(hosts, host));
     lines.push_back(removeBlock(hosts, state, host, changed));
@@ -192,6 +195,7 @@ ui::Node build(Hosts& hosts, ComputersViewState& state, std::function<void()> ch
     const std::string home = services.accounts ? services.accounts->userHome : std::string();
     rows.push_back(AddComputerSheetView::build(state.adding, services.files, home, changed));
     rows.push_back(HostSetupSheetView::build(state.settingUp, changed));
+    rows.push_back(HostSignInSheetView::present(state, changed));
     return ui::section(title, std::move(rows)).key("computers");
 }
 

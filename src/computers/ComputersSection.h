@@ -12,6 +12,8 @@
 namespace orvan {
 class Accounts;
 class FilePicker;
+class Desktop;
+class Clipboard;
 } // namespace orvan
 
 namespace orvan::ComputersSection {
@@ -24,6 +26,9 @@ struct ComputersServices {
     Accounts* accounts = nullptr;
     FilePicker* files = nullptr;
     std::string userName;
+    // Where a sign-in's page opens and its code is copied; without them the sheet shows both.
+    Desktop* desktop = nullptr;
+    Clipboard* clipboard = nullptr;
 };
 
 ui::Node build(Hosts& hosts, ComputersViewState& state, std::function<void()> changed,

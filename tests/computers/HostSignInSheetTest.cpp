@@ -1,8 +1,10 @@
 // An agent's sign-in on another computer, followed in virtual time against a scripted bridge.
 #include "computers/HostSignInSheet.h"
+#include "computers/HostSignInSheetView.h"
 #include "fakes/FakeBridge.h"
 #include "fakes/FakeClock.h"
 #include "fakes/FakeDesktop.h"
+#include "ui/TextRenderer.h"
 
 #include <gtest/gtest.h>
 
@@ -50,6 +52,8 @@ protected:
     RecordingClipboard clipboard_;
     CompanionHost host_{"lab", "GPU lab", "c-1"};
     std::unique_ptr<HostSignInSheet> sheet_ = std::make_unique<HostSignInSheet>(hosts_, host_, &desktop_, &clipboard_);
+
+    std::string drawn() { return ui::TextRenderer().frame(HostSignInSheetView::build(*sheet_, [] {})).text; }
 };
 
 TEST_F(HostSignInSheetTest, ThePageOpensAndTheCodeIsCopiedOnceOverManyPollsUntilDone) {
@@ -164,6 +168,29 @@ TEST_F(HostSignInSheetTest, StopBackAndCloseEndTheWorkAndOnlyStopAndCloseCancelT
     EXPECT_EQ(toolsIn("/companion/hosts/signin/cancel"), (std::vector<std::string>{"claude", "claude"}));
     EXPECT_EQ(api_.count("/companion/hosts/signin/state"), polls) << "the loop ended with the sheet";
     EXPECT_EQ(clock_.sleepers(), 0u);
+}
+
+TEST_F(HostSignInSheetTest, TheSheetShowsTheAgentsThenThePageAndTheCodeToTakeElsewhere) {
+    api_.on("POST", "/companion/hosts/signin/tools", Reply::json(200, R"({"tools":[
+        {"tool":"claude","installed":true,"headless":true,"lands":"own"},
+        {"tool":"cursor","installed":true,"headless":false,"note":"Needs a screen there."}],
+        "signIns":{"claude":{"state":"show-link"}}})"));
+    EXPECT_NE(drawn().find("Reading what is there…"), std::string::npos) << drawn();
+    test::start(sheet_->open());
+    std::string text = drawn();
+    EXPECT_NE(text.find("Sign in agents on GPU lab"), std::string::npos) << text;
+    EXPECT_NE(text.find("Claude  [Sign in] (disabled)"), std::string::npos) << "its sign-in goes on: " << text;
+    EXPECT_NE(text.find("Needs a screen there."), std::string::npos) << text;
+    EXPECT_NE(text.find("[Close]"), std::string::npos) << text;
+
+    api_.on("POST", "/companion/hosts/signin", Reply::json(200, waitingWithCode));
+    api_.on("POST", "/companion/hosts/signin/state", Reply::json(200, waitingWithCode));
+    test::start(sheet_->begin("claude"));
+    text = drawn();
+    for (const char* words : {"https://signin.example.com/d", "K-1", "[Copied]", "[Open the sign-in page]",
+                              "Waiting for the sign-in to finish…", "[Stop and close]", "[Stop]"})
+        EXPECT_NE(text.find(words), std::string::npos) << words << "\n" << text;
+    EXPECT_EQ(text.find("Send code"), std::string::npos) << text;
 }
 
 } // namespace
