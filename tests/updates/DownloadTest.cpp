@@ -6,6 +6,7 @@
 #include "updates/UpdateDownload.h"
 #include "updates/UpdateFeed.h"
 
+#include <QCoreApplication>
 #include <QCoroTask>
 #include <atomic>
 
@@ -76,6 +77,11 @@ protected:
         r.Get("/broken/companion/latest.json", [](const httplib::Request&, httplib::Response& res) { res.status = 500; });
         server_.start();
         web_ = std::make_unique<QtWeb>(server_.authority());
+    }
+    void TearDown() override {
+        // Replies and connections go with deleteLater; the loop that would delete them ends with the test.
+        web_.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     Outcome fetch(const std::string& path, std::int64_t promised) {
         return QCoro::waitFor(UpdateDownload::fetch(*web_, server_.url(path), promised, temp_.path() / "got.tgz"));

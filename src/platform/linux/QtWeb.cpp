@@ -1,6 +1,7 @@
 #include "platform/linux/QtWeb.h"
 
 #include <QFile>
+#include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QSslCertificate>
 #include <QSslConfiguration>
@@ -8,6 +9,7 @@
 #include <QUrl>
 
 #include <fcntl.h>
+#include <memory>
 #include <unistd.h>
 
 namespace orvan {
@@ -26,6 +28,19 @@ struct ReplyOwner {
     }
 };
 
+// A manager for one request. It is let go on a later turn of the loop, as the request's task may
+// end inside one of its reply's signals.
+struct LetGo {
+    void operator()(QNetworkAccessManager* m) const { m->deleteLater(); }
+};
+using Manager = std::unique_ptr<QNetworkAccessManager, LetGo>;
+
+Manager freshManager() {
+    Manager manager(new QNetworkAccessManager);
+    manager->setCache(nullptr);
+    return manager;
+}
+
 int statusOf(QNetworkReply* reply) {
     QVariant code = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     return code.isValid() ? code.toInt() : 0;
@@ -33,11 +48,7 @@ int statusOf(QNetworkReply* reply) {
 
 } // namespace
 
-QtWeb::QtWeb(std::optional<std::filesystem::path> trusted)
-    : manager_(std::make_unique<QNetworkAccessManager>()), trusted_(std::move(trusted)) {
-    manager_->setCookieJar(nullptr);
-    manager_->setCache(nullptr);
-}
+QtWeb::QtWeb(std::optional<std::filesystem::path> trusted) : trusted_(std::move(trusted)) {}
 
 QtWeb::~QtWeb() = default;
 
@@ -64,7 +75,8 @@ Task<WebAnswer> QtWeb::get(WebRequest ask) {
     // The feed never moves: an answer of 3xx is an answer like any other.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setTransferTimeout(static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(ask.timeout).count()));
-    QNetworkReply* reply = manager_->get(request);
+    Manager manager = freshManager();
+    QNetworkReply* reply = manager->get(request);
     ReplyOwner owner{reply};
     auto wake = std::make_shared<Wakeup>();
     std::string body;
@@ -114,7 +126,8 @@ Task<WebDownloadResult> QtWeb::download(WebDownload ask) {
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
     request.setMaximumRedirectsAllowed(10);
     request.setTransferTimeout(static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(ask.idleTimeout).count()));
-    QNetworkReply* reply = manager_->get(request);
+    Manager manager = freshManager();
+    QNetworkReply* reply = manager->get(request);
     ReplyOwner owner{reply};
     // Read no further ahead than a block, so a cancel stops the server's sending, not only our writing.
     reply->setReadBufferSize(1024 * 1024);

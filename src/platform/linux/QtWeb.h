@@ -1,15 +1,16 @@
 #pragma once
 #include "platform/Web.h"
 
-#include <QNetworkAccessManager>
+#include <QNetworkRequest>
 #include <filesystem>
 #include <memory>
 #include <optional>
 
 namespace orvan {
 
-// The release server through Qt's network access manager, on the main thread. Caches are never
-// used, cookies are never kept, and redirects are only followed when the caller agrees.
+// The release server through Qt's network access manager, on the main thread. Each request has a
+// manager of its own, let go after its answer, so nothing (connections, caches, cookies) carries
+// from one request to the next; redirects are only followed when the caller agrees.
 class QtWeb final : public Web {
 public:
     // With `trusted` (a PEM file of certificates), only those authorities are trusted; without it
@@ -22,7 +23,6 @@ public:
 
 private:
     QNetworkRequest prepare(const std::string& url) const;
-    std::unique_ptr<QNetworkAccessManager> manager_;
     std::optional<std::filesystem::path> trusted_;
 };
 
