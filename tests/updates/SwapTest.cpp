@@ -13,6 +13,7 @@
 #include "updates/UpdateFeed.h"
 #include "updates/UpdateInstaller.h"
 
+#include <QCoreApplication>
 #include <QCoroTask>
 #include <fstream>
 #include <signal.h>
@@ -86,6 +87,12 @@ protected:
         context_.temporary = temp_.path() / "tmp";
         std::filesystem::create_directories(context_.temporary);
         context_.environment = {{"HOME", home_.string()}, {"USER", "owner"}};
+    }
+    void TearDown() override {
+        // The last request's network manager goes on a later turn of the loop; closing its connection
+        // now lets the server stop without waiting out the keep-alive.
+        web_.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     int server_port() {
         // The release names its address before the server starts, so the port is taken now.
