@@ -37,6 +37,9 @@ DeskPanels::~DeskPanels() {
 
 bool DeskPanels::CloseGate::eventFilter(QObject*, QEvent* event) {
     if (event->type() != QEvent::Close || !mayClose) return false;
+    // Only the owner's close box asks; the program's own end closes every window without asking,
+    // and a window that refused would cancel the quit. The code is cancelled as the program ends.
+    if (!event->spontaneous()) return false;
     if (mayClose()) return false;
     event->ignore();
     return true;
