@@ -1,0 +1,27 @@
+// The real program, headless: the Updates section, its check on its own, and Check now. A development build names no release server, so both end in the sentence
+// for a server that can't be reached.
+#include "DrivenProgram.h"
+
+#include <gtest/gtest.h>
+
+namespace orvan {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace test;
+
+class UpdatesProgram : public DrivenProgram {};
+
+TEST_F(UpdatesProgram, ChecksOnItsOwnAndWhenAsked) {
+    const char* unreachable = "This Mac could not reach the update server.";
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntil([&] { return saw("== Updates ==") && saw("[Check now]"); }, 30s)) << output_;
+    // The check on its own (its eight seconds are tested in virtual time).
+    ASSERT_TRUE(waitUntil([&] { return saw(unreachable); }, 20s)) << output_;
+    const std::size_t mark = output_.size();
+    ASSERT_TRUE(type("press Check now", "> Pressed Check now.")) << output_.substr(mark);
+    EXPECT_TRUE(waitUntil([&] { return saw(unreachable, mark); }, 10s)) << output_.substr(mark);
+}
+
+} // namespace
+} // namespace orvan
