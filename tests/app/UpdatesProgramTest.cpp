@@ -20,7 +20,11 @@ TEST_F(UpdatesProgram, ChecksOnItsOwnAndWhenAsked) {
     ASSERT_TRUE(waitUntil([&] { return saw(unreachable); }, 20s)) << output_;
     const std::size_t mark = output_.size();
     ASSERT_TRUE(type("press Check now", "> Pressed Check now.")) << output_.substr(mark);
-    EXPECT_TRUE(waitUntil([&] { return saw(unreachable, mark); }, 10s)) << output_.substr(mark);
+    // With no server to ask the check ends at once, so the frame reads as before: shown again, it
+    // holds the sentence and the button, free for the next check.
+    const std::size_t pressed = output_.size();
+    ASSERT_TRUE(type("show", ") [Check now]")) << output_.substr(pressed);
+    EXPECT_TRUE(saw(unreachable, pressed)) << output_.substr(pressed);
 }
 
 } // namespace
