@@ -13,6 +13,8 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QLayout>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QShortcut>
 #include <QWidget>
@@ -39,8 +41,10 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     });
     desk_->setTonePalette(ui::qt::InkStyle::tones(themes_));
 
-    if (QSystemTrayIcon::isSystemTrayAvailable()) {
-        menu_ = std::make_unique<QMenu>();
+    // The tray's menu; without a tray the same menu heads the main window, so quitting, updates,
+    // feedback and the join and sharing rows stay within reach.
+    {
+        menu_ = std::make_unique<QMenu>(QStringLiteral("&Companion"));
         menuHost_ = std::make_unique<ui::qt::MenuHost>(menu_.get(), [this] {
             MenuContext context;
             context.versionLabel = companion_.versionLabel();
@@ -55,6 +59,14 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
             return MenuDesk::build(companion_.bridge(), context);
         });
         menuHost_->setTonePalette(ui::qt::InkStyle::tones(themes_));
+    }
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+        if (QWidget* window = desk_->window(); window && window->layout()) {
+            auto* bar = new QMenuBar(window);
+            bar->addMenu(menu_.get());
+            window->layout()->setMenuBar(bar);
+        }
+    } else {
         tray_ = std::make_unique<QSystemTrayIcon>();
         tray_->setContextMenu(menu_.get());
         tray_->setToolTip(QStringLiteral("Orvan Companion"));
