@@ -187,7 +187,6 @@ ui::Node Companion::buildDesk(ThemeStore& themes, std::function<void()> changed,
     context.desktop = &desktop_;
     context.folders = folders_.get();
     context.files = files_.get();
-    context.folderPicker = filePicker_.get();
     context.home = userHome(environment_);
     context.ownerSetup = ownerSetupButton_.get();
     context.showOwnerSetup = [this] { ownerSetup_->show(); };

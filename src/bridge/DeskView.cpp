@@ -121,7 +121,7 @@ ui::Node DeskView::build(Bridge& bridge, DeskState& state, TimePoint now, const 
         card.push_back(AutoResumeSection::build(*context.accounts));
     }
     if (context.folders)
-        card.push_back(FoldersSection::build(*context.folders, context.folderPicker, state.access, context.home, context.changed));
+        card.push_back(FoldersSection::build(*context.folders, context.filePicker, state.access, context.home, context.changed));
     card.push_back(EnvironmentsSection::build(bridge));
     if (context.themes) card.push_back(AppearanceSection::build(*context.themes));
     if (context.consentDefaults) {

@@ -48,7 +48,6 @@ class OwnerSetupButton;
 class Folders;
 class FilesAccessModel;
 class FilePicker;
-class FilePicker;
 class Desktop;
 class Remotes;
 
@@ -81,14 +80,12 @@ struct DeskContext {
     // The direct-thread folders and the files access; their sections show when there are these.
     Folders* folders = nullptr;
     FilesAccessModel* files = nullptr;
-    // Where a folder is chosen; without one the Folders section takes a typed path.
-    FilePicker* folderPicker = nullptr;
     std::filesystem::path home;
     // Where a page is opened in the browser; without it a view shows the address instead.
     Desktop* desktop = nullptr;
     // The remote desktops; their section shows when there is one.
     Remotes* remotes = nullptr;
-    // Where a key file is chosen; without one, the views take a typed path.
+    // Where a key file or a folder is chosen; without one, the views take a typed path.
     FilePicker* filePicker = nullptr;
     // The login name a new computer's form signs in as.
     std::string userName;
