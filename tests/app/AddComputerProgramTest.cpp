@@ -44,17 +44,6 @@ protected:
         if (!waitUntil([&] { return !(number = numberOf(pattern, within)).empty(); }, 20s)) return false;
         return type(verb + " " + number + (rest.empty() ? "" : " " + rest), answer);
     }
-    bool anyFileHas(const std::string& text) const {
-        std::error_code ec;
-        for (auto it = std::filesystem::recursive_directory_iterator(home_.root, ec);
-             it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
-            if (!it->is_regular_file(ec)) continue;
-            std::ifstream in(it->path(), std::ios::binary);
-            std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-            if (bytes.find(text) != std::string::npos) return true;
-        }
-        return false;
-    }
 };
 
 TEST_F(AddComputerProgram, TestTrustAddAgentsSudoAccountsAndReplaceLeaveNoSecretBehind) {

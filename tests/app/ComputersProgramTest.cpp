@@ -60,17 +60,6 @@ protected:
         }
         return out;
     }
-    bool anyFileHas(const std::string& text) const {
-        std::error_code ec;
-        for (auto it = std::filesystem::recursive_directory_iterator(home_.root, ec);
-             it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
-            if (!it->is_regular_file(ec)) continue;
-            std::ifstream in(it->path(), std::ios::binary);
-            std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-            if (bytes.find(text) != std::string::npos) return true;
-        }
-        return false;
-    }
     bool listed(const std::string& target) {
         for (const auto& h : read("/companion/hosts").value("hosts", json::array()))
             if (h.value("target", "") == target) return true;

@@ -28,18 +28,6 @@ protected:
         env.insert("COLUMNS", "160");
     }
     json tunnel() { return read("/local/tunnel"); }
-    // Whether any file under the temporary home holds the text.
-    bool anyFileHas(const std::string& text) const {
-        std::error_code ec;
-        for (auto it = std::filesystem::recursive_directory_iterator(home_.root, ec);
-             it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
-            if (!it->is_regular_file(ec)) continue;
-            std::ifstream in(it->path(), std::ios::binary);
-            std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-            if (bytes.find(text) != std::string::npos) return true;
-        }
-        return false;
-    }
 };
 
 TEST_F(ConnectionsProgram, QuickTunnelHostnameTokenAndLidThroughTheTextView) {

@@ -7,6 +7,7 @@
 
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <httplib.h>
@@ -74,6 +75,18 @@ protected:
         const std::size_t mark = output_.size();
         program_.write(QByteArray::fromStdString(line + "\n"));
         return waitUntil([&] { return saw(answer, mark); }, std::chrono::seconds(10));
+    }
+    // Whether any file under the temporary home holds the text: where a typed secret must never be.
+    bool anyFileHas(const std::string& text) const {
+        std::error_code ec;
+        for (auto it = std::filesystem::recursive_directory_iterator(home_.root, ec);
+             it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
+            if (!it->is_regular_file(ec)) continue;
+            std::ifstream in(it->path(), std::ios::binary);
+            std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+            if (bytes.find(text) != std::string::npos) return true;
+        }
+        return false;
     }
     // Asks the simulator directly, with the key the bridge wrote.
     httplib::Result ask(const std::string& path, const std::optional<nlohmann::json>& body = std::nullopt) {

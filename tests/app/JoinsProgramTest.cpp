@@ -215,7 +215,7 @@ TEST_F(JoinNotices, OneNoticePerRequestNeverWithItsCodeClosedWhenTheRequestEnds)
     ASSERT_EQ(server_.posted.size(), 2u);
     EXPECT_EQ(server_.posted[1].title, "Bo wants to join…");
     for (const auto& notice : server_.posted)
-        for (const std::string code : {ann["code"].get<std::string>(), std::string("0042"), bo["code"].get<std::string>()}) {
+        for (const std::string& code : {ann["code"].get<std::string>(), std::string("0042"), bo["code"].get<std::string>()}) {
             EXPECT_EQ(notice.title.find(code), std::string::npos);
             EXPECT_EQ(notice.body.find(code), std::string::npos);
         }

@@ -18,17 +18,6 @@ constexpr const char* kPassword = "orchid-88";
 
 class RemotesProgram : public DrivenProgram {
 protected:
-    bool anyFileHas(const std::string& text) const {
-        std::error_code ec;
-        for (auto it = std::filesystem::recursive_directory_iterator(home_.root, ec);
-             it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
-            if (!it->is_regular_file(ec)) continue;
-            std::ifstream in(it->path(), std::ios::binary);
-            std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-            if (bytes.find(text) != std::string::npos) return true;
-        }
-        return false;
-    }
     bool step(const std::string& line, const std::string& answer) { return type(line, answer) || (ADD_FAILURE() << line, false); }
 };
 

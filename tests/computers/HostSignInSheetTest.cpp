@@ -50,7 +50,13 @@ protected:
     Hosts hosts_{api_, clock_, Environment{{"ORVAN_DIR", "/nowhere"}}};
     test::FakeDesktop desktop_;
     RecordingClipboard clipboard_;
-    CompanionHost host_{"lab", "GPU lab", "c-1"};
+    CompanionHost host_ = [] {
+        CompanionHost host;
+        host.target = "lab";
+        host.name = "GPU lab";
+        host.computerId = "c-1";
+        return host;
+    }();
     std::unique_ptr<HostSignInSheet> sheet_ = std::make_unique<HostSignInSheet>(hosts_, host_, &desktop_, &clipboard_);
 
     std::string drawn() { return ui::TextRenderer().frame(HostSignInSheetView::build(*sheet_, [] {})).text; }

@@ -8,6 +8,12 @@
 namespace orvan {
 namespace {
 
+HostSignInState stateOf(const char* name) {
+    HostSignInState state;
+    state.state = name;
+    return state;
+}
+
 TEST(HostSignInTest, OnlyAnHttpsPageWithAHostAndNoCredentialsOpens) {
     const std::vector<std::pair<std::string, bool>> cases{
         {"https://signin.example.com/device?x=1", true},
@@ -94,15 +100,15 @@ TEST(HostSignInTest, EachReportedStateLeadsToItsStep) {
     EXPECT_EQ(HostSignInStep::of(*first).state, *first);
     EXPECT_FALSE(decodeJson<HostSignInState>("[]"));
     // Over, so a tool with such a state may start again.
-    for (const char* over : {"none", "", "done", "failed", "canceled"}) EXPECT_TRUE(HostSignInState{over}.isOver()) << over;
-    EXPECT_FALSE(HostSignInState{"verifying"}.isOver());
+    for (const char* over : {"none", "", "done", "failed", "canceled"}) EXPECT_TRUE(stateOf(over).isOver()) << over;
+    EXPECT_FALSE(stateOf("verifying").isOver());
 }
 
 TEST(HostSignInTest, Words) {
     HostSignInTool tool{"codex", true, true, false, "own", ""};
     EXPECT_EQ(HostSignIn::line(tool, std::nullopt), "Not signed in. Signs in as its own sign-in there.");
-    EXPECT_EQ(HostSignIn::line(tool, HostSignInState{"show-link"}), "Signing in now");
-    EXPECT_EQ(HostSignIn::line(tool, HostSignInState{"none"}), "Not signed in. Signs in as its own sign-in there.");
+    EXPECT_EQ(HostSignIn::line(tool, stateOf("show-link")), "Signing in now");
+    EXPECT_EQ(HostSignIn::line(tool, stateOf("none")), "Not signed in. Signs in as its own sign-in there.");
     tool.lands = "account";
     EXPECT_EQ(HostSignIn::line(tool, std::nullopt), "Signed in. A new sign-in adds an account there.");
     tool.headless = false;
@@ -111,7 +117,7 @@ TEST(HostSignInTest, Words) {
     EXPECT_EQ(HostSignIn::line(tool, std::nullopt), "Needs a screen.");
     EXPECT_FALSE(tool.canStart());
 
-    HostSignInState done{"done"};
+    HostSignInState done = stateOf("done");
     done.lands = "account";
     EXPECT_EQ(HostSignIn::result(done, "codex", "Lab"), "Codex signed in as a new account on Lab.");
     done.label = "work";

@@ -13,6 +13,17 @@
 namespace orvan {
 namespace {
 
+CompanionRemote remote(const std::string& protocol, int port, std::optional<std::string> user) {
+    CompanionRemote r;
+    r.id = "r";
+    r.name = "Pi";
+    r.protocol = protocol;
+    r.host = "pi.local";
+    r.port = port;
+    r.user = std::move(user);
+    return r;
+}
+
 using namespace std::chrono_literals;
 using test::Reply;
 
@@ -31,7 +42,7 @@ TEST(RemoteRecordsTest, LinesAndBodies) {
         {"spice", 5900, std::nullopt, "SPICE · pi.local"},
     };
     for (const auto& c : lines)
-        EXPECT_EQ((CompanionRemote{"r", "Pi", c.protocol, "pi.local", c.port, c.user}.line()), c.line) << c.line;
+        EXPECT_EQ((remote(c.protocol, c.port, c.user).line()), c.line) << c.line;
     EXPECT_FALSE(decodeJson<RemotesList>(R"({"remotes":[{"id":"r","name":"n","protocol":"vnc","host":"h","port":"5900"}]})"));
 
     RemoteForm form;

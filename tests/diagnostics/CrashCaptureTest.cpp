@@ -31,7 +31,10 @@ __attribute__((noinline, no_sanitize("undefined"))) void crashNull() {
     *nowhere = 42;
 }
 __attribute__((noinline)) void crashAbort() { std::abort(); }
-__attribute__((noinline, no_sanitize("undefined"))) int crashDivide(volatile int by) { return 7 / by; }
+__attribute__((noinline, no_sanitize("undefined"))) int crashDivide(int by) {
+    volatile int divisor = by;
+    return 7 / divisor;
+}
 __attribute__((noinline)) void crashThrow() { throw std::runtime_error("at /home/ada/work/secret.txt"); }
 __attribute__((noinline)) void crashOnWorker() {
     std::thread worker([] { crashNull(); });
@@ -158,7 +161,7 @@ TEST_F(CrashCaptureTest, TheNextStartQueuesOneRedactedReportAndRemovesTheRecord)
 }
 
 TEST_F(CrashCaptureTest, ABadOrForeignRecordIsDroppedWithoutAReport) {
-    for (const std::string bytes : {std::string("short"), std::string(sizeof(CrashRecord), 'x')}) {
+    for (const std::string& bytes : {std::string("short"), std::string(sizeof(CrashRecord), 'x')}) {
         Files::write(pending_, bytes);
         LinuxDiagnostics source(temp_.path(), "1", "1");
         EXPECT_FALSE(source.takePending());
