@@ -76,6 +76,22 @@ protected:
         program_.write(QByteArray::fromStdString(line + "\n"));
         return waitUntil([&] { return saw(answer, mark); }, std::chrono::seconds(10));
     }
+    // Waits until the program has printed nothing for `quiet`, so the numbers of the frame read next
+    // still hold when a command names one.
+    bool settled(std::chrono::milliseconds quiet = std::chrono::milliseconds(1500)) {
+        std::size_t seen = output_.size();
+        auto since = std::chrono::steady_clock::now();
+        return waitUntil(
+            [&] {
+                const auto now = std::chrono::steady_clock::now();
+                if (output_.size() != seen) {
+                    seen = output_.size();
+                    since = now;
+                }
+                return now - since >= quiet;
+            },
+            std::chrono::seconds(30));
+    }
     // Whether any file under the temporary home holds the text: where a typed secret must never be.
     bool anyFileHas(const std::string& text) const {
         std::error_code ec;

@@ -60,6 +60,9 @@ protected:
 
 TEST_F(SignInProgram, ThePageOpensTheCodeIsCopiedAndAPastedCodeFinishes) {
     ASSERT_TRUE(start());
+    // The opening reads (computers, updates, owner setup) each add rows and move the numbers.
+    ASSERT_TRUE(waitUntil([&] { return saw("Sign in agents…") && saw("== Updates =="); }, 30s)) << output_;
+    ASSERT_TRUE(settled()) << output_;
     ASSERT_TRUE(press([&] { return numberOf(lastFrame(), "Build server", "Sign in agents…"); }, "Sign in agents…"))
         << output_;
     ASSERT_TRUE(waitUntil([&] { return sheet().find("Cursor signs in only with a screen there.") != std::string::npos; }, 30s))
