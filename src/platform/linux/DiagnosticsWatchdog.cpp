@@ -15,7 +15,7 @@ void DiagnosticsWatchdog::start() {
     if (watcher_.joinable()) return;
     lastBeat_ = nowMs();
     beat_.setInterval(beatEvery);
-    beat_.setTimerType(Qt::PreciseTimer);
+    beat_.setTimerType(Qt::CoarseTimer);
     QObject::connect(&beat_, &QTimer::timeout, &context_, [this] { lastBeat_ = nowMs(); });
     beat_.start();
     stopping_ = false;
@@ -35,7 +35,7 @@ void DiagnosticsWatchdog::stop() {
 void DiagnosticsWatchdog::watch() {
     std::int64_t stalledSince = 0; // the last beat before a stall that passed the threshold
     std::unique_lock guard(lock_);
-    while (!wake_.wait_for(guard, std::chrono::milliseconds(100), [this] { return stopping_; })) {
+    while (!wake_.wait_for(guard, beatEvery, [this] { return stopping_; })) {
         const std::int64_t beat = lastBeat_;
         if (!stalledSince) {
             if (nowMs() - beat > threshold_.count()) stalledSince = beat;

@@ -17,7 +17,9 @@ namespace orvan {
 class DiagnosticsWatchdog {
 public:
     using Hung = std::function<void(double seconds)>;
-    static constexpr std::chrono::milliseconds beatEvery{250};
+    // Each beat and each look wakes a thread of an idle program: half a second keeps a hang's measured
+    // length within half a second and the idle program to four wake-ups a second.
+    static constexpr std::chrono::milliseconds beatEvery{500};
 
     DiagnosticsWatchdog(std::chrono::milliseconds threshold, Hung hung);
     ~DiagnosticsWatchdog();
