@@ -16,7 +16,7 @@ void DiagnosticsWatchdog::start() {
     lastBeat_ = nowMs();
     beat_.setInterval(beatEvery);
     beat_.setTimerType(Qt::CoarseTimer);
-    QObject::connect(&beat_, &QTimer::timeout, &context_, [this] { lastBeat_ = nowMs(); });
+    QObject::connect(&beat_, &QTimer::timeout, &context_, [this] { beat(); });
     beat_.start();
     stopping_ = false;
     watcher_ = std::thread([this] { watch(); });
@@ -32,21 +32,28 @@ void DiagnosticsWatchdog::stop() {
     if (watcher_.joinable()) watcher_.join();
 }
 
+void DiagnosticsWatchdog::beat() {
+    const std::int64_t now = nowMs();
+    const std::int64_t gap = now - lastBeat_;
+    lastBeat_ = now;
+    if (gap <= threshold_.count()) return;
+    {
+        std::lock_guard guard(lock_);
+        gaps_.push_back(static_cast<double>(gap) / 1000.0);
+    }
+    wake_.notify_all();
+}
+
 void DiagnosticsWatchdog::watch() {
-    std::int64_t stalledSince = 0; // the last beat before a stall that passed the threshold
+    // Sleeps until a stall has been seen: an untroubled program never wakes this thread.
     std::unique_lock guard(lock_);
-    while (!wake_.wait_for(guard, beatEvery, [this] { return stopping_; })) {
-        const std::int64_t beat = lastBeat_;
-        if (!stalledSince) {
-            if (nowMs() - beat > threshold_.count()) stalledSince = beat;
-            continue;
-        }
-        if (beat == stalledSince) continue;
-        // The loop turned again: the gap between the two beats is how long it was gone.
-        const double seconds = static_cast<double>(beat - stalledSince) / 1000.0;
-        stalledSince = 0;
+    for (;;) {
+        wake_.wait(guard, [this] { return stopping_ || !gaps_.empty(); });
+        if (stopping_) return;
+        std::vector<double> gaps;
+        gaps.swap(gaps_);
         guard.unlock();
-        hung_(seconds);
+        for (double seconds : gaps) hung_(seconds);
         guard.lock();
     }
 }
