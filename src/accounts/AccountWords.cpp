@@ -49,15 +49,22 @@ icu::SimpleDateFormat* formatter(const Place& place, const char* skeleton) {
     return made.emplace(key, std::move(format)).first->second.get();
 }
 
-bool sameCalendarDay(TimePoint a, TimePoint b, const Place& place) {
+// Calendars are slow to make; one per (locale, zone) serves every question on this thread.
+icu::Calendar* calendarFor(const Place& place) {
     thread_local std::map<std::pair<std::string, std::string>, std::unique_ptr<icu::Calendar>> calendars;
-    UErrorCode error = U_ZERO_ERROR;
     auto& calendar = calendars[{place.locale, place.timeZone}];
     if (!calendar) {
+        UErrorCode error = U_ZERO_ERROR;
         calendar.reset(icu::Calendar::createInstance(zone(place.timeZone), icu::Locale(place.locale.c_str()), error));
         if (U_FAILURE(error)) calendar.reset();
     }
+    return calendar.get();
+}
+
+bool sameCalendarDay(TimePoint a, TimePoint b, const Place& place) {
+    icu::Calendar* calendar = calendarFor(place);
     if (!calendar) return false;
+    UErrorCode error = U_ZERO_ERROR;
     calendar->setTime(icuMillis(a), error);
     int32_t yearA = calendar->get(UCAL_EXTENDED_YEAR, error), dayA = calendar->get(UCAL_DAY_OF_YEAR, error);
     calendar->setTime(icuMillis(b), error);
@@ -67,10 +74,9 @@ bool sameCalendarDay(TimePoint a, TimePoint b, const Place& place) {
 
 // The start of the user's calendar day that holds `when`, moved by `days`.
 std::optional<TimePoint> dayStart(TimePoint when, int days, const Place& place) {
+    icu::Calendar* calendar = calendarFor(place);
+    if (!calendar) return std::nullopt;
     UErrorCode error = U_ZERO_ERROR;
-    std::unique_ptr<icu::Calendar> calendar(
-        icu::Calendar::createInstance(zone(place.timeZone), icu::Locale(place.locale.c_str()), error));
-    if (U_FAILURE(error)) return std::nullopt;
     calendar->setTime(icuMillis(when), error);
     calendar->set(UCAL_HOUR_OF_DAY, 0);
     calendar->set(UCAL_MINUTE, 0);
@@ -102,12 +108,20 @@ std::string threadWords(int threads) {
 } // namespace
 
 std::string formatted(TimePoint when, const Place& place, const char* skeleton) {
+    // Every frame words the same few reset and check times again; ICU is asked once for each.
+    using Key = std::tuple<long long, std::string, std::string, std::string>;
+    thread_local std::map<Key, std::string> said;
+    const auto millis = std::chrono::duration_cast<std::chrono::milliseconds>(when.time_since_epoch()).count();
+    Key key{millis, place.locale, place.timeZone, skeleton};
+    if (auto found = said.find(key); found != said.end()) return found->second;
     icu::SimpleDateFormat* format = formatter(place, skeleton);
     if (!format) return "";
     icu::UnicodeString out;
     format->format(icuMillis(when), out);
     std::string text;
     out.toUTF8String(text);
+    if (said.size() >= 256) said.clear();
+    said.emplace(std::move(key), text);
     return text;
 }
 
