@@ -83,7 +83,9 @@ using Numbers = std::unordered_map<const Node*, int>;
 
 class Writer {
 public:
-    Writer(TextOptions options, const Numbers* numbers) : options_(options), numbers_(numbers) {}
+    // A writer that doesn't draw only finds the controls in drawing order: its lines are never kept.
+    Writer(TextOptions options, const Numbers* numbers, bool draws = true)
+        : options_(options), numbers_(numbers), draws_(draws) {}
 
     // The controls in drawing order, the presented ones apart.
     const std::vector<const Node*>& mainControls() const { return mainControls_; }
@@ -238,6 +240,7 @@ private:
     }
 
     void line(int indent, std::string words) {
+        if (!draws_) return;
         std::string lead(static_cast<std::size_t>(indent) * 2, ' ');
         const auto width = static_cast<std::size_t>(options_.width);
         // Wrapped lines hang under the first, so a control's number still starts its line.
@@ -259,6 +262,7 @@ private:
 
     // Art is never wrapped: it is drawn only when it fits.
     void rawLine(int indent, const std::string& words) {
+        if (!draws_) return;
         lines_.push_back(std::string(static_cast<std::size_t>(indent) * 2, ' ') + words);
     }
 
@@ -399,6 +403,7 @@ private:
 
     TextOptions options_;
     const Numbers* numbers_;
+    bool draws_ = true;
     std::vector<std::string> lines_;
     std::vector<const Node*> presented_;
     std::vector<const Node*> mainControls_;
@@ -414,7 +419,7 @@ std::string TextRenderer::render(const Node& root) const { return frame(root).te
 TextFrame TextRenderer::frame(const Node& root) const {
     if (!options_.numbered) return {Writer(options_, nullptr).finish(root), {}};
     // A first pass finds the controls in reading order; the second draws them with numbers.
-    Writer finder(options_, nullptr);
+    Writer finder(options_, nullptr, false);
     finder.finish(root);
     TextFrame out;
     Numbers numbers;
