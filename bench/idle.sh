@@ -20,7 +20,7 @@
 # Usage: bench/idle.sh [build folder]   (default build/bench: RelWithDebInfo with
 #        orvan-companion, bundle-simulator and bench_idle_floor built)
 # SETTLE, SPAN, WINDOW (seconds) shorten or lengthen the runs; SKIP_CALLGRIND=1 or SKIP_LIVE=1
-# leaves a part out; KEEP=1 keeps the work folder (callgrind dumps, strace log).
+# leaves a part out; MODES="gui" (or "headless") measures one front end; KEEP=1 keeps the work folder (callgrind dumps, strace log).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build/bench}
@@ -202,13 +202,12 @@ instructions() {
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN {if (b + 0 > 0 && a != "") printf "%.2f", a / b; else printf "-"}'; }
 mib() { awk -v k="$1" 'BEGIN {if (k != "") printf "%.1f", k / 1024; else printf "-"}'; }
 
+modes=${MODES:-headless gui}
 if [[ -z "${SKIP_LIVE:-}" ]]; then
-  measure_live headless
-  measure_live gui
+  for mode in $modes; do measure_live "$mode"; done
 fi
 if [[ -z "${SKIP_CALLGRIND:-}" ]]; then
-  measure_instructions headless
-  measure_instructions gui
+  for mode in $modes; do measure_instructions "$mode"; done
 fi
 
 printf '\n%-34s %12s %12s %12s %10s %10s %10s\n' "" "floor" "headless" "GUI" "headless/" "GUI/" "target"
