@@ -11,6 +11,8 @@
 #include <QCoreApplication>
 #include <qcoro/qcorotimer.h>
 #include <gtest/gtest.h>
+#include <arpa/inet.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -185,6 +187,47 @@ TEST(PortOwnerTest, TheSocketThatAcceptedUsNamesItsOwner) {
         "  sl  local_address                         remote_address                        st tx_queue rx_queue tr tm->when retrnsmt   uid\n"
         "   0: 0000000000000000FFFF00000100007F:2253 0000000000000000FFFF00000100007F:C350 01 00000000:00000000 00:00000000 00000000   7\n";
     EXPECT_EQ(PortOwner::find(table6, true, at("127.0.0.1", 8787), at("127.0.0.1", 50000)), 7u);
+}
+
+// The kernel's own answer for real loopback sockets: the accepted connection, a listener not yet
+// connected to, and a port nobody holds, over IPv4 and IPv6.
+TEST(PortOwnerTest, TheKernelNamesTheOwnerOfARealSocket) {
+    for (int family : {AF_INET, AF_INET6}) {
+        const char* loopback = family == AF_INET ? "127.0.0.1" : "::1";
+        sockaddr_storage address{};
+        socklen_t size = family == AF_INET ? sizeof(sockaddr_in) : sizeof(sockaddr_in6);
+        address.ss_family = static_cast<sa_family_t>(family);
+        if (family == AF_INET) ::inet_pton(AF_INET, loopback, &reinterpret_cast<sockaddr_in*>(&address)->sin_addr);
+        else ::inet_pton(AF_INET6, loopback, &reinterpret_cast<sockaddr_in6*>(&address)->sin6_addr);
+        const int listener = ::socket(family, SOCK_STREAM, 0);
+        if (::bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0) {
+            ::close(listener);
+            ASSERT_EQ(family, AF_INET6) << "IPv4 loopback must bind";
+            continue; // a machine without IPv6 loopback
+        }
+        ASSERT_EQ(::listen(listener, 1), 0);
+        ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
+        const int port = ntohs(family == AF_INET ? reinterpret_cast<sockaddr_in*>(&address)->sin_port
+                                                 : reinterpret_cast<sockaddr_in6*>(&address)->sin6_port);
+        const int client = ::socket(family, SOCK_STREAM, 0);
+        ASSERT_EQ(::connect(client, reinterpret_cast<sockaddr*>(&address), size), 0);
+        sockaddr_storage mine{};
+        socklen_t mineSize = sizeof mine;
+        ASSERT_EQ(::getsockname(client, reinterpret_cast<sockaddr*>(&mine), &mineSize), 0);
+        const int clientPort = ntohs(family == AF_INET ? reinterpret_cast<sockaddr_in*>(&mine)->sin_port
+                                                       : reinterpret_cast<sockaddr_in6*>(&mine)->sin6_port);
+        auto at = [&](int p) { return *PortOwner::endpoint(loopback, p); };
+        auto connected = PortOwner::asked(at(port), at(clientPort));
+        EXPECT_TRUE(connected.answered);
+        EXPECT_EQ(connected.uid, ::getuid()) << loopback;
+        auto listening = PortOwner::asked(at(port), at(clientPort == 65535 ? 1 : clientPort + 1));
+        EXPECT_EQ(listening.uid, ::getuid()) << loopback;
+        ::close(client);
+        ::close(listener);
+        auto gone = PortOwner::asked(at(port), at(clientPort + 1));
+        EXPECT_TRUE(gone.answered);
+        EXPECT_EQ(gone.uid, std::nullopt) << loopback;
+    }
 }
 
 TEST(HttpReaderTest, AnswersInAnyPiecesReadTheSame) {

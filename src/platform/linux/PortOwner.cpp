@@ -1,9 +1,15 @@
 #include "platform/linux/PortOwner.h"
 
 #include <arpa/inet.h>
+#include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <linux/inet_diag.h>
+#include <linux/netlink.h>
+#include <linux/sock_diag.h>
 #include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 #include <vector>
 
 namespace orvan::PortOwner {
@@ -146,7 +152,58 @@ std::optional<uid_t> find(std::string_view table, bool ipv6, const Endpoint& ser
     return found.exact ? found.exact : found.listener;
 }
 
+Answer asked(const Endpoint& server, const Endpoint& client) {
+    static const std::uint8_t mapped[12] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff};
+    const bool v4 = std::memcmp(server.address.data(), mapped, 12) == 0 && std::memcmp(client.address.data(), mapped, 12) == 0;
+    struct {
+        nlmsghdr header;
+        inet_diag_req_v2 request;
+    } message{};
+    message.header.nlmsg_len = sizeof message;
+    message.header.nlmsg_type = SOCK_DIAG_BY_FAMILY;
+    message.header.nlmsg_flags = NLM_F_REQUEST;
+    message.request.sdiag_family = v4 ? AF_INET : AF_INET6;
+    message.request.sdiag_protocol = IPPROTO_TCP;
+    message.request.idiag_states = ~0u;
+    // One socket, looked up as the kernel routes a packet to it: the connection the server accepted
+    // for us, else the listener on the port.
+    inet_diag_sockid& id = message.request.id;
+    id.idiag_sport = htons(static_cast<std::uint16_t>(server.port));
+    id.idiag_dport = htons(static_cast<std::uint16_t>(client.port));
+    if (v4) {
+        std::memcpy(id.idiag_src, server.address.data() + 12, 4);
+        std::memcpy(id.idiag_dst, client.address.data() + 12, 4);
+    } else {
+        std::memcpy(id.idiag_src, server.address.data(), 16);
+        std::memcpy(id.idiag_dst, client.address.data(), 16);
+    }
+    id.idiag_cookie[0] = id.idiag_cookie[1] = INET_DIAG_NOCOOKIE;
+
+    const int fd = ::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_SOCK_DIAG);
+    if (fd < 0) return {};
+    sockaddr_nl kernel{};
+    kernel.nl_family = AF_NETLINK;
+    Answer out;
+    if (::sendto(fd, &message, sizeof message, 0, reinterpret_cast<sockaddr*>(&kernel), sizeof kernel) ==
+        static_cast<ssize_t>(sizeof message)) {
+        // The kernel answers within the send, so the answer is waiting and nothing blocks.
+        alignas(nlmsghdr) char answer[8192];
+        const ssize_t n = ::recv(fd, answer, sizeof answer, MSG_DONTWAIT);
+        const auto* reply = reinterpret_cast<const nlmsghdr*>(answer);
+        if (n >= static_cast<ssize_t>(sizeof(nlmsghdr)) && NLMSG_OK(reply, static_cast<unsigned>(n))) {
+            if (reply->nlmsg_type == SOCK_DIAG_BY_FAMILY && reply->nlmsg_len >= NLMSG_LENGTH(sizeof(inet_diag_msg)))
+                out = {true, static_cast<const inet_diag_msg*>(NLMSG_DATA(reply))->idiag_uid};
+            else if (reply->nlmsg_type == NLMSG_ERROR && reply->nlmsg_len >= NLMSG_LENGTH(sizeof(nlmsgerr)) &&
+                     static_cast<const nlmsgerr*>(NLMSG_DATA(reply))->error == -ENOENT)
+                out = {true, std::nullopt};
+        }
+    }
+    ::close(fd);
+    return out;
+}
+
 std::optional<uid_t> of(const Endpoint& server, const Endpoint& client) {
+    if (Answer answer = asked(server, client); answer.answered) return answer.uid;
     Found v4 = look(readTable("/proc/net/tcp"), false, server, client);
     if (v4.exact) return v4.exact;
     Found v6 = look(readTable("/proc/net/tcp6"), true, server, client);
