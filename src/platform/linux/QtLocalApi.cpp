@@ -19,8 +19,10 @@ namespace orvan {
 
 namespace {
 
-// Idle connections kept for the next request; the status poll needs one, a write beside it another.
-constexpr std::size_t keptConnections = 2;
+// Idle connections kept for the next requests. The status poll and the sections' polls meet on the
+// same coarse seconds and need one each; keeping fewer opened and closed a connection at every
+// meeting, each with its handshake and its owner check.
+constexpr std::size_t keptConnections = 4;
 const char* const checkedProperty = "orvan.ownerChecked";
 
 bool token(std::string_view name) {
