@@ -79,6 +79,14 @@ std::vector<std::string> linesOf(std::string_view words) {
 
 bool isPresented(const Node& node) { return node.kind == Kind::Confirmation || node.kind == Kind::Sheet; }
 
+bool presentsAnything(const Node& node) {
+    if (node.isAbsent) return false;
+    if (isPresented(node)) return true;
+    for (const auto& child : node.children)
+        if (presentsAnything(child)) return true;
+    return false;
+}
+
 using Numbers = std::unordered_map<const Node*, int>;
 
 class Writer {
@@ -91,13 +99,23 @@ public:
     const std::vector<const Node*>& mainControls() const { return mainControls_; }
     const std::vector<const Node*>& presentedControls() const { return presentedControls_; }
 
+    // Numbers the controls in the order they are drawn, into `numbers`, which this writer also reads.
+    // That is the right order only when nothing is presented.
+    void numberAsDrawn(Numbers* numbers) {
+        asDrawn_ = numbers;
+        numbers_ = numbers;
+    }
+
     std::string finish(const Node& root) {
         block(root, 0);
         // Presentations may hold presentations (a confirmation inside a sheet); they are drawn
         // in the order found, each once.
         inPresentation_ = true;
         for (std::size_t i = 0; i < presented_.size(); ++i) presentation(*presented_[i]);
+        std::size_t size = 0;
+        for (const auto& line : lines_) size += line.size() + 1;
         std::string out;
+        out.reserve(size);
         for (const auto& line : lines_) {
             out += line;
             out += '\n';
@@ -181,6 +199,7 @@ private:
     void record(const Node& node) {
         if (!isControl(node) || !seen_.insert(&node).second) return;
         (inPresentation_ ? presentedControls_ : mainControls_).push_back(&node);
+        if (asDrawn_ && node.isEnabled) (*asDrawn_)[&node] = ++drawnNumber_;
     }
 
     std::string numberOf(const Node& node) const {
@@ -241,8 +260,15 @@ private:
 
     void line(int indent, std::string words) {
         if (!draws_) return;
-        std::string lead(static_cast<std::size_t>(indent) * 2, ' ');
         const auto width = static_cast<std::size_t>(options_.width);
+        const auto leadSize = static_cast<std::size_t>(indent) * 2;
+        // Most lines fit as they are: made once, with no copy to wrap.
+        if (width <= leadSize + 8 || leadSize + columnsOf(words) <= width) {
+            if (leadSize) words.insert(0, leadSize, ' ');
+            lines_.push_back(std::move(words));
+            return;
+        }
+        std::string lead(leadSize, ' ');
         // Wrapped lines hang under the first, so a control's number still starts its line.
         std::string_view rest = words;
         std::string hang = lead;
@@ -269,7 +295,7 @@ private:
     void code(const Node& node, int indent) {
         const std::string description = inlineForm(node);
         std::vector<std::string> art;
-        if (auto pixels = readPngDarkness(node.pngBytes))
+        if (auto pixels = readPngDarkness(node.pngBytes ? std::string_view(*node.pngBytes) : std::string_view()))
             if (auto modules = modulesOf(*pixels)) art = halfBlocks(*modules, quietModules, options_.invert);
         const std::size_t needed = art.empty() ? 0 : columnsOf(art.front()) + static_cast<std::size_t>(indent) * 2;
         if (!art.empty() && options_.width > 0 && needed > static_cast<std::size_t>(options_.width)) {
@@ -404,6 +430,8 @@ private:
     TextOptions options_;
     const Numbers* numbers_;
     bool draws_ = true;
+    Numbers* asDrawn_ = nullptr;
+    int drawnNumber_ = 0;
     std::vector<std::string> lines_;
     std::vector<const Node*> presented_;
     std::vector<const Node*> mainControls_;
@@ -418,11 +446,23 @@ std::string TextRenderer::render(const Node& root) const { return frame(root).te
 
 TextFrame TextRenderer::frame(const Node& root) const {
     if (!options_.numbered) return {Writer(options_, nullptr).finish(root), {}};
-    // A first pass finds the controls in reading order; the second draws them with numbers.
-    Writer finder(options_, nullptr, false);
-    finder.finish(root);
     TextFrame out;
     Numbers numbers;
+    if (!presentsAnything(root)) {
+        // Mostly nothing is presented, and the controls are numbered as they are drawn, in one pass.
+        Writer writer(options_, nullptr);
+        writer.numberAsDrawn(&numbers);
+        out.text = writer.finish(root);
+        for (const Node* node : writer.mainControls()) {
+            auto found = numbers.find(node);
+            out.controls.push_back({node, found == numbers.end() ? 0 : found->second, false});
+        }
+        return out;
+    }
+    // A presentation's controls come first: a first pass finds the controls in reading order, the
+    // second draws them with numbers.
+    Writer finder(options_, nullptr, false);
+    finder.finish(root);
     int next = 0;
     for (bool presented : {true, false}) {
         for (const Node* node : presented ? finder.presentedControls() : finder.mainControls()) {
