@@ -53,6 +53,12 @@ HeadlessOptions HeadlessOptions::from(const QStringList& arguments) {
 HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions options)
     : companion_(companion), out_(out), options_(options) {
     subscription_ = companion_.bridge().observe([this] { requestRender(); });
+    // A new status is drawn as soon as it is folded in, ahead of the join list's read.
+    companion_.bridge().folded = [this] {
+        if (!pending_) return;
+        pending_ = false;
+        renderNow();
+    };
     accounts_ = companion_.accounts().observe([this] { requestRender(); });
     sandboxes_ = companion_.sandboxes().observe([this] { requestRender(); });
     tunnel_ = companion_.tunnel().observe([this] { requestRender(); });
@@ -81,6 +87,7 @@ HeadlessView::HeadlessView(Companion& companion, std::FILE* out, HeadlessOptions
 }
 
 HeadlessView::~HeadlessView() {
+    companion_.bridge().folded = nullptr;
     companion_.bridge().joinWindow.attach(nullptr);
     companion_.ownerSetup().attach(nullptr);
     echo(true);
@@ -113,6 +120,7 @@ void HeadlessView::requestRender() {
     if (pending_) return;
     pending_ = true;
     QTimer::singleShot(0, &context_, [this] {
+        if (!pending_) return; // drawn already, when the status was folded in
         pending_ = false;
         renderNow();
     });

@@ -187,6 +187,7 @@ Task<void> Bridge::refresh() {
     if (alive.cancelled()) co_return;
     assign(phones, std::move(guests));
     noteOwners();
+    if (folded) folded();
     co_await refreshJoins();
     if (alive.cancelled()) co_return;
     showScreen(status->screen.value_or(CompanionScreen{}));

@@ -124,6 +124,10 @@ public:
     JoinWindow joinWindow;
     // The requests told on the desktop, by id, so each is told once and withdrawn when it goes.
     std::set<std::string> joinsNotified;
+    // Called once a status answer is folded in, before the join list is asked for: a front end
+    // that waits to draw until its turn of the event loop draws the new status here instead, ahead
+    // of the reads that follow it.
+    std::function<void()> folded;
 
     // Supervision.
     std::shared_ptr<Child> child;
