@@ -90,18 +90,18 @@ std::string encode(const Bands& bands) {
 
 } // namespace
 
-std::string png(const ThemePalette& palette) {
+std::shared_ptr<const std::string> png(const ThemePalette& palette) {
     const Bands bands = {palette.light.bg, palette.light.card, palette.light.accent, palette.light.ink,
                          palette.dark.bg,  palette.dark.card,  palette.dark.accent,  palette.dark.ink};
     // The Appearance section is built on every render; a palette's picture only changes with its
     // colours, so each is encoded once. Keyed by the colours drawn, not the palette's id, so an
     // edited palette gets a new picture. Bounded: user palettes could otherwise grow it forever.
     static std::mutex mutex;
-    static std::map<Bands, std::string> drawn;
+    static std::map<Bands, std::shared_ptr<const std::string>> drawn;
     const std::lock_guard lock(mutex);
     if (auto found = drawn.find(bands); found != drawn.end()) return found->second;
     if (drawn.size() >= 256) drawn.clear();
-    return drawn.emplace(bands, encode(bands)).first->second;
+    return drawn.emplace(bands, std::make_shared<const std::string>(encode(bands))).first->second;
 }
 
 } // namespace orvan::Swatch

@@ -5,6 +5,7 @@
 
 #include "appearance/ThemePalette.h"
 
+#include <memory>
 #include <string>
 
 namespace orvan::Swatch {
@@ -12,6 +13,7 @@ namespace orvan::Swatch {
 inline constexpr int width = 48;
 inline constexpr int height = 16;
 
-std::string png(const ThemePalette& palette);
+// Encoded once per set of colours and shared by every render that shows it.
+std::shared_ptr<const std::string> png(const ThemePalette& palette);
 
 } // namespace orvan::Swatch

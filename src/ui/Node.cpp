@@ -101,8 +101,12 @@ Node secureField(std::string key, std::string title, std::string text,
 }
 
 Node picture(std::string pngBytes, int width, int height, std::string description) {
+    return picture(std::make_shared<const std::string>(std::move(pngBytes)), width, height, std::move(description));
+}
+
+Node picture(std::shared_ptr<const std::string> pngBytes, int width, int height, std::string description) {
     Node node = make(Kind::Picture);
-    node.pngBytes = std::move(pngBytes);
+    node.pngBytes = pngBytes ? std::move(pngBytes) : std::make_shared<const std::string>();
     node.width = std::max(0, width);
     node.height = std::max(0, height);
     node.title = std::move(description);

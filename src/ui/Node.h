@@ -13,6 +13,7 @@
 // after a render pass is over, so a closure may change models and ask for another render.
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -84,7 +85,8 @@ struct Node {
     std::string selectedValue;
     PickerStyle pickerStyle = PickerStyle::Segmented;
 
-    std::string pngBytes;
+    // Shared, so a picture drawn on every render (a theme's swatch) is neither copied nor compared byte by byte.
+    std::shared_ptr<const std::string> pngBytes;
     int width = 0;
     int height = 0;
     bool isPixelated = false;
@@ -162,6 +164,7 @@ Node field(std::string key, std::string title, std::string text, std::function<v
 Node secureField(std::string key, std::string title, std::string text,
                  std::function<void(const std::string&)> changed);
 Node picture(std::string pngBytes, int width, int height, std::string description = {});
+Node picture(std::shared_ptr<const std::string> pngBytes, int width, int height, std::string description = {});
 Node progress(std::optional<double> fraction, std::string label = {});
 Node spinner(std::string label = {});
 Node symbol(std::string name, Tone tone = Tone::Normal);

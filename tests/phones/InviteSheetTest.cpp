@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 using test::Reply;
 
 // A real, readable PNG: the sheet only takes pictures it can draw.
-std::string codePng() { return Swatch::png(ThemeCatalog::all().front()); }
+std::string codePng() { return *Swatch::png(ThemeCatalog::all().front()); }
 
 const char* kLink = "https://join.orvan.example/i/i%201#v1.secret";
 

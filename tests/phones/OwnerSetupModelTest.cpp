@@ -32,7 +32,7 @@ protected:
         api_.on("GET", "/companion/status", Reply::json(200, R"({"phones":[]})"));
         api_.on("GET", "/local/joins", Reply::json(200, "{}"));
         api_.on("POST", OwnerSetupPaths::setup, Reply::json(200, R"({"expires":")" + RFC3339::string(expires()) + R"("})"));
-        api_.on("GET", OwnerSetupPaths::code, Reply{200, Swatch::png(ThemeCatalog::all().front()), {}, {}});
+        api_.on("GET", OwnerSetupPaths::code, Reply{200, *Swatch::png(ThemeCatalog::all().front()), {}, {}});
         api_.on("GET", OwnerSetupPaths::setup, Reply::json(200, R"({"available":true,"live":true})"));
         api_.on("POST", OwnerSetupPaths::cancel, [this](const HttpRequest&) {
             cancelTimes_.push_back(clock_.elapsed());

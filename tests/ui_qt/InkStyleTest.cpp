@@ -122,7 +122,7 @@ TEST_F(Ink, SwatchesDecodeToTheirPalettesBands) {
     palettes.push_back(palettes.front());
     palettes.back().dark.ink ^= 0x00ff00;
     for (const auto& palette : palettes) {
-        const std::string png = Swatch::png(palette);
+        const std::string png = *Swatch::png(palette);
         QImage image;
         ASSERT_TRUE(image.loadFromData(reinterpret_cast<const uchar*>(png.data()), static_cast<int>(png.size()), "PNG"))
             << palette.id;

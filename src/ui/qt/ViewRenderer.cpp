@@ -261,7 +261,7 @@ struct ViewRenderer::Mounted {
     Tone tone = Tone::Normal;
     Role role = Role::Normal;
     std::string symbol;
-    std::string png;
+    std::shared_ptr<const std::string> png;
     int width = -1;
     int height = -1;
     bool pixelated = false;
@@ -899,14 +899,15 @@ void ViewRenderer::update(Mounted& m, const Node& node, bool horizontalParent) {
     }
     case Kind::Picture: {
         auto* label = static_cast<QLabel*>(widget);
-        if (m.png != node.pngBytes || m.width != node.width || m.height != node.height ||
+        const bool samePicture = m.png == node.pngBytes || (m.png && node.pngBytes && *m.png == *node.pngBytes);
+        if (!samePicture || m.width != node.width || m.height != node.height ||
             m.pixelated != node.isPixelated) {
             m.png = node.pngBytes;
             m.width = node.width;
             m.height = node.height;
             m.pixelated = node.isPixelated;
             const QImage image = QImage::fromData(
-                QByteArray::fromRawData(node.pngBytes.data(), static_cast<qsizetype>(node.pngBytes.size())), "PNG");
+                QByteArray::fromRawData(node.pngBytes->data(), static_cast<qsizetype>(node.pngBytes->size())), "PNG");
             if (image.isNull()) {
                 // Bytes that are not a picture show the description rather than nothing.
                 label->setPixmap(QPixmap());
