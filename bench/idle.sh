@@ -58,7 +58,10 @@ pss_kib() { awk '$1 == "Pss:" {print $2}' "/proc/$1/smaps_rollup"; }
 start_companion() {
   local mode=$1; shift
   local home="$work/$mode-home-$RANDOM"
-  mkdir -p "$home/run" && chmod 700 "$home/run"
+  mkdir -p "$home/run" "$home/config/orvan" && chmod 700 "$home/run"
+  # An owner who answered the first start's question about reports long ago: the idle state
+  # measured is the everyday one, not the first minute's open question.
+  echo '{"orvan.consent.on":false,"orvan.consent.answered":2}' >"$home/config/orvan/com.quillmere.orvan.companion.json"
   local args=()
   [[ $mode == headless ]] && args=(--headless)
   env HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/share" XDG_RUNTIME_DIR="$home/run" \
