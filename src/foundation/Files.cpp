@@ -68,7 +68,7 @@ fs::path home(const Environment& environment) {
 }
 
 fs::path xdg(const Environment& environment, const char* name, const char* fallback) {
-    // The base directory specification ignores relative values.
+    // Relative values are ignored, as the XDG base directory rules say.
     if (auto it = environment.find(name); it != environment.end() && !it->second.empty() && it->second[0] == '/')
         return it->second;
     return home(environment) / fallback;

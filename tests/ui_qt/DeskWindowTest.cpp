@@ -45,7 +45,7 @@ protected:
                 test::Reply::json(200, R"({"name":"Studio Mac","on":true,"line":"Ready for your phone."})"));
         context_.changed = [this] { host_->requestRender(); };
         host_ = std::make_unique<ui::qt::WindowHost>(
-            ui::qt::WindowSpec{.id = "desk", .title = "Remote control", .minimumSize = {640, 780},
+            ui::qt::WindowSetup{.id = "desk", .title = "Remote control", .minimumSize = {640, 780},
                                  .defaultSize = {760, 920}, .defaults = nullptr},
             [this] { return DeskView::build(bridge_, state_, clock_.now(), context_); });
         host_->show();

@@ -24,7 +24,7 @@ class Host : public ::testing::Test {
 protected:
     void SetUp() override { orvan::testing::qtApp(); }
     void TearDown() override { settle(); }
-    ui::qt::WindowSpec windowSetup() {
+    ui::qt::WindowSetup windowSetup() {
         return {.id = "desk", .title = "Remote control", .minimumSize = {640, 780}, .defaultSize = {760, 920},
                 .defaults = UserDefaults::at(folder.path / "defaults.json")};
     }

@@ -45,11 +45,11 @@ bool DeskPanels::CloseGate::eventFilter(QObject*, QEvent* event) {
     return true;
 }
 
-ui::qt::WindowHost& DeskPanels::make(std::unique_ptr<ui::qt::WindowHost>& slot, ui::qt::WindowSpec spec,
+ui::qt::WindowHost& DeskPanels::make(std::unique_ptr<ui::qt::WindowHost>& slot, ui::qt::WindowSetup setup,
                                      ui::qt::WindowHost::View view, CloseGate& gate) {
     if (slot) return *slot;
-    spec.defaults = defaults_;
-    slot = std::make_unique<ui::qt::WindowHost>(std::move(spec), std::move(view));
+    setup.defaults = defaults_;
+    slot = std::make_unique<ui::qt::WindowHost>(std::move(setup), std::move(view));
     if (tones_) slot->setTonePalette(*tones_);
     if (QWidget* window = slot->window()) {
         // Floating above the other windows, like a panel that wants an answer.

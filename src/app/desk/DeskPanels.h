@@ -38,7 +38,7 @@ private:
         std::function<bool()> mayClose;
         bool eventFilter(QObject* watched, QEvent* event) override;
     };
-    ui::qt::WindowHost& make(std::unique_ptr<ui::qt::WindowHost>& slot, ui::qt::WindowSpec spec,
+    ui::qt::WindowHost& make(std::unique_ptr<ui::qt::WindowHost>& slot, ui::qt::WindowSetup setup,
                              ui::qt::WindowHost::View view, CloseGate& gate);
     static void bringForward(ui::qt::WindowHost& host);
 

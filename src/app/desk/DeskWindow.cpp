@@ -30,7 +30,7 @@ DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(co
     companion_.useClipboard(std::make_unique<QtClipboard>());
     companion_.useFilePicker(std::make_unique<QtFilePicker>());
     companion_.desktop().onActivate([this] { show(); });
-    ui::qt::WindowSpec shape;
+    ui::qt::WindowSetup shape;
     shape.id = Scenes::desk.id;
     shape.title = Scenes::desk.title;
     shape.minimumSize = QSize(Scenes::desk.minimumWidth, Scenes::desk.minimumHeight);
@@ -142,7 +142,7 @@ void DeskWindow::closedWithoutTray() {
 
 void DeskWindow::openFeedback() {
     if (!feedbackWindow_) {
-        ui::qt::WindowSpec shape;
+        ui::qt::WindowSetup shape;
         shape.id = Scenes::feedback.id;
         shape.title = Scenes::feedback.title;
         shape.minimumSize = QSize(Scenes::feedback.minimumWidth, Scenes::feedback.minimumHeight);

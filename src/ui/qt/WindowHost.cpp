@@ -54,11 +54,11 @@ private:
     QTimer settle_;
 };
 
-WindowHost::WindowHost(WindowSpec setup, View view)
-    : spec_(std::move(setup)), view_(std::move(view)), dispatcher_(std::make_shared<ActionDispatcher>()) {
+WindowHost::WindowHost(WindowSetup setup, View view)
+    : setup_(std::move(setup)), view_(std::move(view)), dispatcher_(std::make_shared<ActionDispatcher>()) {
     frame_ = std::make_unique<Frame>(*this);
-    frame_->setWindowTitle(QString::fromStdString(spec_.title));
-    frame_->setObjectName(QString::fromStdString(spec_.id));
+    frame_->setWindowTitle(QString::fromStdString(setup_.title));
+    frame_->setObjectName(QString::fromStdString(setup_.id));
 
     auto* outer = new QVBoxLayout(frame_.get());
     outer->setContentsMargins(0, 0, 0, 0);
@@ -136,9 +136,9 @@ void WindowHost::setTonePalette(const TonePalette& tones) {
 }
 
 void WindowHost::restoreSize() {
-    QSize size = spec_.defaultSize.isValid() ? spec_.defaultSize : frame_->sizeHint();
-    if (spec_.defaults) {
-        if (auto stored = spec_.defaults->value(sizeKey()); stored && stored->is_object()) {
+    QSize size = setup_.defaultSize.isValid() ? setup_.defaultSize : frame_->sizeHint();
+    if (setup_.defaults) {
+        if (auto stored = setup_.defaults->value(sizeKey()); stored && stored->is_object()) {
             const auto width = stored->find("width");
             const auto height = stored->find("height");
             if (width != stored->end() && height != stored->end() && width->is_number() && height->is_number()) {
@@ -157,17 +157,17 @@ void WindowHost::fitToScreen(QSize wanted) {
     if (!screen) screen = QGuiApplication::primaryScreen();
     QSize room;
     if (screen) room = screen->availableGeometry().size() - (frame_->frameGeometry().size() - frame_->size());
-    const WindowFit fit = fitWindow(spec_.minimumSize, wanted, room);
+    const WindowFit fit = fitWindow(setup_.minimumSize, wanted, room);
     if (frame_->minimumSize() != fit.minimum) frame_->setMinimumSize(fit.minimum);
     if (frame_->size() != fit.size) frame_->resize(fit.size);
 }
 
 void WindowHost::saveSize() {
-    if (!spec_.defaults || spec_.id.empty()) return;
+    if (!setup_.defaults || setup_.id.empty()) return;
     const QSize size = frame_->size();
     Json value = {{"width", size.width()}, {"height", size.height()}};
-    if (spec_.defaults->value(sizeKey()) == value) return;
-    spec_.defaults->set(sizeKey(), std::move(value));
+    if (setup_.defaults->value(sizeKey()) == value) return;
+    setup_.defaults->set(sizeKey(), std::move(value));
 }
 
 } // namespace orvan::ui::qt

@@ -27,7 +27,7 @@ class QTimer;
 
 namespace orvan::ui::qt {
 
-struct WindowSpec {
+struct WindowSetup {
     std::string id;
     std::string title;
     QSize minimumSize;
@@ -50,7 +50,7 @@ class WindowHost {
 public:
     using View = std::function<Node()>;
 
-    WindowHost(WindowSpec setup, View view);
+    WindowHost(WindowSetup setup, View view);
     ~WindowHost();
     WindowHost(const WindowHost&) = delete;
     WindowHost& operator=(const WindowHost&) = delete;
@@ -69,7 +69,7 @@ public:
     void setTonePalette(const TonePalette& tones);
 
     // The defaults key under which the window's size is kept.
-    std::string sizeKey() const { return "window." + spec_.id + ".size"; }
+    std::string sizeKey() const { return "window." + setup_.id + ".size"; }
 
 private:
     class Frame;
@@ -78,7 +78,7 @@ private:
     void restoreSize();
     void saveSize();
 
-    WindowSpec spec_;
+    WindowSetup setup_;
     View view_;
     std::shared_ptr<ActionDispatcher> dispatcher_;
     std::unique_ptr<Frame> frame_;
