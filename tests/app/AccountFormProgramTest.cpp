@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
 
 namespace orvan {
 namespace {
@@ -17,13 +16,6 @@ using nlohmann::json;
 namespace fs = std::filesystem;
 
 const std::string kSecret = "sk-ant-h14-9f3Kq7ZpXw2";
-
-std::string readAll(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
 
 class AccountFormProgram : public DrivenProgram {
 protected:
@@ -56,49 +48,41 @@ protected:
 TEST_F(AccountFormProgram, AddsAKeyedAccountReordersTurnsOnAutoResumeAndSignsInThroughATerminal) {
     ASSERT_TRUE(start());
     ASSERT_TRUE(waitUntil([&] { return saw("[Add an account…]") && saw("] Auto-resume\n") && saw("[Move down]"); }, 40s))
-        << output_;
+        << tail();
 
-    ASSERT_TRUE(type("press \"Add an account…\"", "> Pressed Add an account…")) << output_;
-    ASSERT_TRUE(type("choose Way \"Use an API key\"", "> Chose Use an API key")) << output_;
-    ASSERT_TRUE(type("type \"API key\" " + kSecret, "> Typed into API key (hidden).")) << output_;
-    ASSERT_TRUE(type("type Label Spare", "> Typed into Label.")) << output_;
-    ASSERT_TRUE(type("press Add", "> Pressed Add.")) << output_;
+    ASSERT_TRUE(type("press \"Add an account…\"", "> Pressed Add an account…")) << tail();
+    ASSERT_TRUE(type("choose Way \"Use an API key\"", "> Chose Use an API key")) << tail();
+    ASSERT_TRUE(type("type \"API key\" " + kSecret, "> Typed into API key (hidden).")) << tail();
+    ASSERT_TRUE(type("type Label Spare", "> Typed into Label.")) << tail();
+    ASSERT_TRUE(type("press Add", "> Pressed Add.")) << tail();
     ASSERT_TRUE(waitUntil([&] { return row("Spare").has_value() && row("Spare")->value("status", "") == "ready"; }, 15s))
-        << "the key went in its own call after the account was made\n" << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("[Spare]"); }, 10s)) << output_;
+        << "the key went in its own call after the account was made\n" << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("[Spare]"); }, 10s)) << tail();
     EXPECT_EQ(row("Spare")->value("kind", ""), "apikey");
 
     // Work is first in the chain: its "Move down" is the first one that is enabled.
-    ASSERT_TRUE(type("press \"Move down\"", "> Pressed Move down.")) << output_;
-    EXPECT_TRUE(waitUntil([&] { return accounts()["chain"] == json({"acc-ci", "acc-work"}); }, 10s)) << output_;
-    ASSERT_TRUE(type("toggle \"Switch automatically when a limit hits\"", "> Turned")) << output_;
+    ASSERT_TRUE(type("press \"Move down\"", "> Pressed Move down.")) << tail();
+    EXPECT_TRUE(waitUntil([&] { return accounts()["chain"] == json({"acc-ci", "acc-work"}); }, 10s)) << tail();
+    ASSERT_TRUE(type("toggle \"Switch automatically when a limit hits\"", "> Turned")) << tail();
     EXPECT_TRUE(waitUntil([&] { return accounts()["autoSwitch"] == false; }, 10s));
 
-    ASSERT_TRUE(type("toggle Auto-resume", "> Turned Auto-resume on.")) << output_;
+    ASSERT_TRUE(type("toggle Auto-resume", "> Turned Auto-resume on.")) << tail();
     EXPECT_TRUE(waitUntil([&] { return read("/companion/limits")["autoResume"] == true; }, 10s));
 
-    ASSERT_TRUE(type("press Work", "> Pressed Work.")) << output_;
-    ASSERT_TRUE(type("press \"Sign in again\"", "> Pressed Sign in again.")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Finish signing in in Terminal, then come back here."); }, 15s)) << output_;
+    ASSERT_TRUE(type("press Work", "> Pressed Work.")) << tail();
+    ASSERT_TRUE(type("press \"Sign in again\"", "> Pressed Sign in again.")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Finish signing in in Terminal, then come back here."); }, 15s)) << tail();
     ASSERT_TRUE(waitUntil([&] { return fs::exists(home_.root / "terminal-ran"); }, 10s));
-    const std::string argv = readAll(home_.root / "terminal-argv");
+    const std::string argv = contents(home_.root / "terminal-argv");
     EXPECT_EQ(argv.rfind("-e\n/bin/sh\n-c\nORVAN_ACCOUNT_HOME='", 0), 0u) << argv;
-    EXPECT_TRUE(waitUntil([&] { return readAll(home_.root / "terminal-ran").find("Signed in to Work in ") == 0; }, 5s))
-        << readAll(home_.root / "terminal-ran");
-    EXPECT_NE(readAll(home_.root / "terminal-ran").find("/accounts/claude-work."), std::string::npos);
-    ASSERT_TRUE(type("press Done", "> Pressed Done.")) << output_;
+    EXPECT_TRUE(waitUntil([&] { return contents(home_.root / "terminal-ran").find("Signed in to Work in ") == 0; }, 5s))
+        << contents(home_.root / "terminal-ran");
+    EXPECT_NE(contents(home_.root / "terminal-ran").find("/accounts/claude-work."), std::string::npos);
+    ASSERT_TRUE(type("press Done", "> Pressed Done.")) << tail();
 
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
-    ASSERT_TRUE(finished());
     // The key went to the bridge and nowhere else: not in a frame, not on the error output, not in
     // any file the program or its bridge wrote.
-    EXPECT_EQ(output_.find(kSecret), std::string::npos);
-    EXPECT_EQ(errors_.find(kSecret), std::string::npos);
-    for (const auto& entry : fs::recursive_directory_iterator(home_.root)) {
-        if (entry.is_regular_file()) {
-            EXPECT_EQ(readAll(entry.path()).find(kSecret), std::string::npos) << entry.path();
-        }
-    }
+    quitLeavingNothingOf({kSecret});
 }
 
 class AccountSignInWithoutDisplay : public AccountFormProgram {
@@ -111,16 +95,16 @@ protected:
 
 TEST_F(AccountSignInWithoutDisplay, SaysNoTerminalOpenedAndHandsOverTheLineForAnotherShell) {
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitUntil([&] { return saw("[Work]"); }, 40s)) << output_;
-    ASSERT_TRUE(type("press Work", "> Pressed Work.")) << output_;
-    ASSERT_TRUE(type("press \"Sign in again\"", "> Pressed Sign in again.")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Terminal could not be opened."); }, 15s)) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("run this in another shell"); }, 5s)) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("[Work]"); }, 40s)) << tail();
+    ASSERT_TRUE(type("press Work", "> Pressed Work.")) << tail();
+    ASSERT_TRUE(type("press \"Sign in again\"", "> Pressed Sign in again.")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Terminal could not be opened."); }, 15s)) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("run this in another shell"); }, 5s)) << tail();
     const std::size_t at = output_.rfind("ORVAN_ACCOUNT_HOME='");
-    ASSERT_NE(at, std::string::npos) << output_;
+    ASSERT_NE(at, std::string::npos) << tail();
     EXPECT_NE(output_.find("'/bin/sh' '-c' 'printf", at), std::string::npos);
     EXPECT_FALSE(fs::exists(home_.root / "terminal-argv")) << "no terminal was started";
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
     EXPECT_TRUE(finished());
 }
 

@@ -32,7 +32,7 @@ protected:
 TEST_F(AccountsProgram, ListsRenamesRemovesAndChecksAgainThroughTheTextView) {
     ASSERT_TRUE(start());
     // The rows with their words, and the meters once the slow read is in.
-    ASSERT_TRUE(waitUntil([&] { return saw("[Work]") && saw("5h: ") && saw("[Check again]"); }, 40s)) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("[Work]") && saw("5h: ") && saw("[Check again]"); }, 40s)) << tail();
     EXPECT_TRUE(saw("Claude · Sign-in · Fallback 1"));
     EXPECT_TRUE(saw("Codex · API key · Fallback 2"));
     EXPECT_TRUE(saw("Limited until "));
@@ -40,30 +40,30 @@ TEST_F(AccountsProgram, ListsRenamesRemovesAndChecksAgainThroughTheTextView) {
     EXPECT_FALSE(saw("A row without an id"));
 
     // Rename through the detail.
-    ASSERT_TRUE(type("press Work", "> Pressed Work.")) << output_;
-    ASSERT_TRUE(type("press Rename", "> Pressed Rename.")) << output_;
-    ASSERT_TRUE(type("type Label Home base", "> Typed into Label.")) << output_;
-    ASSERT_TRUE(type("press Save", "> Pressed Save.")) << output_;
+    ASSERT_TRUE(type("press Work", "> Pressed Work.")) << tail();
+    ASSERT_TRUE(type("press Rename", "> Pressed Rename.")) << tail();
+    ASSERT_TRUE(type("type Label Home base", "> Typed into Label.")) << tail();
+    ASSERT_TRUE(type("press Save", "> Pressed Save.")) << tail();
     EXPECT_TRUE(waitUntil([&] { return accounts()["accounts"][0].value("label", "") == "Home base"; }, 10s));
-    ASSERT_TRUE(waitUntil([&] { return saw("[Home base]"); }, 10s)) << output_;
-    ASSERT_TRUE(type("press Done", "> Pressed Done.")) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("[Home base]"); }, 10s)) << tail();
+    ASSERT_TRUE(type("press Done", "> Pressed Done.")) << tail();
 
     // A thread started on this one after the list was read: the bridge wants a second word.
-    ASSERT_TRUE(type("press \"Night shift\"", "> Pressed Night shift.")) << output_;
-    ASSERT_TRUE(type("press Remove", "> Pressed Remove.")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Remove this account?"); }, 10s)) << output_;
-    ASSERT_TRUE(type("press Remove", "> Pressed Remove.")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Remove it again to go ahead."); }, 10s)) << output_;
+    ASSERT_TRUE(type("press \"Night shift\"", "> Pressed Night shift.")) << tail();
+    ASSERT_TRUE(type("press Remove", "> Pressed Remove.")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Remove this account?"); }, 10s)) << tail();
+    ASSERT_TRUE(type("press Remove", "> Pressed Remove.")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Remove it again to go ahead."); }, 10s)) << tail();
     auto still = ids();
     EXPECT_NE(std::find(still.begin(), still.end(), "acc-grok"), still.end());
     // The refreshed row has its thread now, so the confirmation says so and the second word goes with it.
-    ASSERT_TRUE(type("press Remove", "> Pressed Remove.")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("A running thread uses it; once it is removed"); }, 10s)) << output_;
-    ASSERT_TRUE(type("press Remove", "> Pressed Remove.")) << output_;
-    EXPECT_TRUE(waitUntil([&] { return saw("This account is no longer on this Mac."); }, 10s)) << output_;
+    ASSERT_TRUE(type("press Remove", "> Pressed Remove.")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("A running thread uses it; once it is removed"); }, 10s)) << tail();
+    ASSERT_TRUE(type("press Remove", "> Pressed Remove.")) << tail();
+    EXPECT_TRUE(waitUntil([&] { return saw("This account is no longer on this Mac."); }, 10s)) << tail();
     auto left = ids();
     EXPECT_EQ(std::find(left.begin(), left.end(), "acc-grok"), left.end());
-    ASSERT_TRUE(type("press Done", "> Pressed Done.")) << output_;
+    ASSERT_TRUE(type("press Done", "> Pressed Done.")) << tail();
 
     // Three presses while the vendors are slow: one more read.
     ASSERT_TRUE(ask("/_sim/slow", json{{"path", "/companion/accounts/usage"}, {"seconds", 4}}));
@@ -80,7 +80,7 @@ TEST_F(AccountsProgram, ListsRenamesRemovesAndChecksAgainThroughTheTextView) {
     EXPECT_EQ(accounts()["simulator"].value("usageReads", -1), before + 1);
     EXPECT_EQ(accounts()["simulator"].value("freshAsked", -1), freshBefore + 1) << "the one more read is a fresh one";
 
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
     EXPECT_TRUE(waitUntil([&] { return program_.state() == QProcess::NotRunning; }, 10s));
 }
 

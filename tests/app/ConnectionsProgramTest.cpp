@@ -33,18 +33,18 @@ protected:
 TEST_F(ConnectionsProgram, QuickTunnelHostnameTokenAndLidThroughTheTextView) {
     ASSERT_TRUE(start());
     ASSERT_TRUE(waitUntil([&] { return saw("== Connections ==") && saw("Not set up.") && saw("On a tailnet at 100.101.102.103"); }, 40s))
-        << output_;
+        << tail();
 
-    ASSERT_TRUE(type("toggle \"Quick tunnel\"", "> ")) << output_;
-    EXPECT_TRUE(waitUntil([&] { return saw("Up at amber-river-7f3a.tunnel.example.net"); }, 20s)) << output_;
+    ASSERT_TRUE(type("toggle \"Quick tunnel\"", "> ")) << tail();
+    EXPECT_TRUE(waitUntil([&] { return saw("Up at amber-river-7f3a.tunnel.example.net"); }, 20s)) << tail();
 
     // A hostname that isn't one: its sentence, and Save stays off, so nothing is sent.
-    ASSERT_TRUE(type("type Hostname localhost", "> Typed into Hostname.")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Type this Mac's hostname, such as orvan.example.com."); }, 10s)) << output_;
+    ASSERT_TRUE(type("type Hostname localhost", "> Typed into Hostname.")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Type this Mac's hostname, such as orvan.example.com."); }, 10s)) << tail();
     // The view draws a frame before it answers a command.
     const std::size_t typed = output_.size();
     ASSERT_TRUE(type(std::string("type \"Cloudflare tunnel token\" ") + kToken, "> Typed into Cloudflare tunnel token"))
-        << output_;
+        << tail();
     EXPECT_TRUE(saw("[Save] (disabled)", typed)) << output_.substr(typed);
     type("press Save", "> ");
     runFor(1s);
@@ -52,17 +52,17 @@ TEST_F(ConnectionsProgram, QuickTunnelHostnameTokenAndLidThroughTheTextView) {
     EXPECT_EQ(tunnel().value("token", true), false);
 
     // A good one: the token goes to the bridge with it, and is gone from the form.
-    ASSERT_TRUE(type("type Hostname mac.example.com", "> Typed into Hostname.")) << output_;
-    ASSERT_TRUE(type("press Save", "> Pressed Save.")) << output_;
+    ASSERT_TRUE(type("type Hostname mac.example.com", "> Typed into Hostname.")) << tail();
+    ASSERT_TRUE(type("press Save", "> Pressed Save.")) << tail();
     EXPECT_TRUE(waitUntil([&] { return tunnel().value("token", false); }, 10s));
     EXPECT_EQ(tunnel().value("hostname", ""), "mac.example.com");
-    EXPECT_TRUE(waitUntil([&] { return saw("Up. Your devices can reach this Mac at mac.example.com."); }, 20s)) << output_;
+    EXPECT_TRUE(waitUntil([&] { return saw("Up. Your devices can reach this Mac at mac.example.com."); }, 20s)) << tail();
 
     // The lid: no bus, no lock, and the row says so.
-    ASSERT_TRUE(type("toggle \"Stay on when closed\"", "> ")) << output_;
-    EXPECT_TRUE(waitUntil([&] { return saw("macOS did not allow the lid to stay awake."); }, 10s)) << output_;
+    ASSERT_TRUE(type("toggle \"Stay on when closed\"", "> ")) << tail();
+    EXPECT_TRUE(waitUntil([&] { return saw("macOS did not allow the lid to stay awake."); }, 10s)) << tail();
 
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
     EXPECT_TRUE(waitUntil([&] { return program_.state() == QProcess::NotRunning; }, 10s));
     EXPECT_EQ(output_.find(kToken), std::string::npos);
     EXPECT_EQ(errors_.find(kToken), std::string::npos);

@@ -3,12 +3,14 @@
 // its own bridge on 8787, driven through the text view's commands as an owner at a terminal would.
 
 #include "RealBridge.h"
+#include "app/TreeCommands.h"
 #include "foundation/Files.h"
 
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <httplib.h>
 #include <nlohmann/json.hpp>
@@ -92,6 +94,85 @@ protected:
             },
             std::chrono::seconds(30));
     }
+    // Waits for something the program does on its own, at the pace of its polls.
+    bool settles(const std::function<bool()>& done) { return waitUntil(done, std::chrono::seconds(20)); }
+    bool press(const std::string& ref) { return type("press " + ref, "> Pressed"); }
+
+    // The last frame printed, from its heading on; a frame still arriving may be cut short.
+    std::string frame() const {
+        const auto at = output_.rfind(app::frameHeading);
+        return at == std::string::npos ? std::string() : output_.substr(at);
+    }
+    bool inFrame(const std::string& words) const { return frame().find(words) != std::string::npos; }
+    // The last frame from the last `marker` in it (a sheet's or a section's heading) on.
+    std::string partFrom(const std::string& marker) const {
+        const std::string f = frame();
+        const auto at = f.rfind(marker);
+        return at == std::string::npos ? std::string() : f.substr(at);
+    }
+    // The line of the last frame that holds `words`.
+    std::string lineWith(const std::string& words) const {
+        const std::string f = frame();
+        const auto at = f.find(words);
+        if (at == std::string::npos) return {};
+        const auto start = f.rfind('\n', at) + 1;
+        return f.substr(start, f.find('\n', start) - start);
+    }
+    // A row of the last frame: its line and the deeper-indented lines under it (its menu, its
+    // detail, and its own line where the terminal wrapped it).
+    std::string rowOf(const std::string& words) const {
+        const std::string f = frame();
+        const auto at = f.find(words);
+        if (at == std::string::npos) return {};
+        const auto start = f.rfind('\n', at) + 1;
+        const auto indent = f.find_first_not_of(' ', start) - start;
+        auto end = f.find('\n', start);
+        while (end != std::string::npos && end + 1 < f.size() && f.find_first_not_of(' ', end + 1) - (end + 1) > indent)
+            end = f.find('\n', end + 1);
+        return f.substr(start, end == std::string::npos ? std::string::npos : end - start);
+    }
+    // The number that `part` gives the control drawn as `shown` ("[Remove]", "[ ] Codex"), or "".
+    static std::string numberIn(const std::string& part, const std::string& shown) {
+        // "(•) Password" is a choice drawn before the field "7) Password", so only a number counts.
+        for (auto at = part.find(") " + shown); at != std::string::npos; at = part.find(") " + shown, at + 1)) {
+            auto from = at;
+            while (from > 0 && part[from - 1] >= '0' && part[from - 1] <= '9') --from;
+            if (from < at) return part.substr(from, at - from);
+        }
+        return {};
+    }
+    // Works the control drawn as `shown` in the part of the frame `where` reads: `verb N rest`.
+    // The number is read again once the program has stopped printing, so that a frame still
+    // arriving, or one that moves the numbers, cannot send the line to another control; and the
+    // answer names the control that was worked.
+    bool act(const std::function<std::string()>& where, const std::string& shown, const std::string& verb,
+             const std::string& answer, const std::string& rest = {}) {
+        if (!settles([&] { return !numberIn(where(), shown).empty(); }) || !settled(std::chrono::milliseconds(600)))
+            return false;
+        const std::string number = numberIn(where(), shown);
+        return !number.empty() && type(verb + " " + number + (rest.empty() ? "" : " " + rest), answer);
+    }
+    bool pressIn(const std::function<std::string()>& where, const std::string& title) {
+        return act(where, "[" + title + "]", "press", "> Pressed " + title + ".");
+    }
+    // The end of what the program printed: enough for a failure's message to show the last frame.
+    std::string tail(std::size_t size = 8000) const {
+        return output_.size() > size ? output_.substr(output_.size() - size) : output_;
+    }
+    // Quits as the owner does; the secrets typed during the test are then nowhere: not in what the
+    // program printed, not in any file under its home.
+    void quitLeavingNothingOf(std::initializer_list<std::string> secrets) {
+        ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
+        EXPECT_TRUE(finished());
+        for (const auto& secret : secrets) {
+            EXPECT_EQ(output_.find(secret), std::string::npos) << secret;
+            EXPECT_EQ(errors_.find(secret), std::string::npos) << secret;
+            EXPECT_FALSE(anyFileHas(secret)) << secret;
+        }
+    }
+
+    // A file's bytes; nothing when it is not there (yet).
+    static std::string contents(const std::filesystem::path& path) { return Files::read(path).value_or(""); }
     // Whether any file under the temporary home holds the text: where a typed secret must never be.
     bool anyFileHas(const std::string& text) const {
         std::error_code ec;

@@ -8,7 +8,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 namespace orvan {
 namespace {
@@ -35,13 +34,6 @@ void writeBmp(const fs::path& file, int width, int height, unsigned char shade) 
     std::ofstream(file, std::ios::binary) << out;
 }
 
-std::string readAll(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 class FeedbackProgram : public DrivenProgram {
 protected:
     // Sharing is on, so Send goes to the relay; and a stand-in xdg-email first on PATH records its
@@ -65,7 +57,7 @@ protected:
     }
     std::vector<std::string> mailArguments() {
         std::vector<std::string> out;
-        std::string all = readAll(home_.root / "mail" / "argv");
+        std::string all = contents(home_.root / "mail" / "argv");
         for (std::size_t start = 0, end; (end = all.find('\0', start)) != std::string::npos; start = end + 1)
             out.push_back(all.substr(start, end - start));
         return out;
@@ -81,19 +73,19 @@ TEST_F(FeedbackProgram, AReportWithPicturesArrivesAsPreviewedAndARefusedOneGoesB
     writeBmp(home_.root / "first.bmp", 900, 600, 40);
     writeBmp(home_.root / "second.bmp", 64, 48, 200);
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitUntil([&] { return saw("[Send feedback…]") && saw("Remote control is"); }, 40s)) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("[Send feedback…]") && saw("Remote control is"); }, 40s)) << tail();
 
-    ASSERT_TRUE(type("press \"Send feedback…\"", "> Pressed Send feedback…")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Bridge ") && saw("What happened"); }, 15s)) << output_;
+    ASSERT_TRUE(type("press \"Send feedback…\"", "> Pressed Send feedback…")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Bridge ") && saw("What happened"); }, 15s)) << tail();
     ASSERT_TRUE(type("type \"What happened\" The accounts list went blank after the lid closed",
-                     "> Typed into What happened.")) << output_;
-    ASSERT_TRUE(addPicture(home_.root / "first.bmp", "Picture 1")) << output_;
-    ASSERT_TRUE(addPicture(home_.root / "second.bmp", "Picture 2")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Pictures: 2, "); }, 10s)) << output_;
+                     "> Typed into What happened.")) << tail();
+    ASSERT_TRUE(addPicture(home_.root / "first.bmp", "Picture 1")) << tail();
+    ASSERT_TRUE(addPicture(home_.root / "second.bmp", "Picture 2")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Pictures: 2, "); }, 10s)) << tail();
     const std::size_t previewed = output_.rfind("Kind: Bug");
 
-    ASSERT_TRUE(type("press \"Send to Linear\"", "> Pressed Send to Linear")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Sent to the developer's Linear. Thank you."); }, 20s)) << output_;
+    ASSERT_TRUE(type("press \"Send to Linear\"", "> Pressed Send to Linear")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Sent to the developer's Linear. Thank you."); }, 20s)) << tail();
     const json reports = read("/companion/feedback").value("reports", json::array());
     ASSERT_EQ(reports.size(), 1u);
     const json& body = reports[0];
@@ -120,17 +112,17 @@ TEST_F(FeedbackProgram, AReportWithPicturesArrivesAsPreviewedAndARefusedOneGoesB
     EXPECT_NE(body["diagnostics"].get<std::string>().find("Bridge "), std::string::npos);
 
     // A second report while the relay has nowhere to file it: the refusal, then Mail by hand.
-    ASSERT_TRUE(type("press Done", "> Pressed Done")) << output_;
+    ASSERT_TRUE(type("press Done", "> Pressed Done")) << tail();
     ASSERT_EQ(ask("/_sim/feedback", json{{"relay", "none"}})->status, 204);
-    ASSERT_TRUE(type("press \"Send feedback…\"", "> Pressed Send feedback…")) << output_;
-    ASSERT_TRUE(type("type \"What happened\" Second try", "> Typed into What happened.")) << output_;
+    ASSERT_TRUE(type("press \"Send feedback…\"", "> Pressed Send feedback…")) << tail();
+    ASSERT_TRUE(type("type \"What happened\" Second try", "> Typed into What happened.")) << tail();
     const std::size_t second = output_.size();
-    ASSERT_TRUE(addPicture(home_.root / "second.bmp", "Picture 1")) << output_;
-    ASSERT_TRUE(type("press \"Send to Linear\"", "> Pressed Send to Linear")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Feedback is not set up on the relay yet.", second); }, 20s)) << output_;
-    ASSERT_TRUE(type("press \"Mail the developer instead\"", "> Pressed Mail the developer instead")) << output_;
+    ASSERT_TRUE(addPicture(home_.root / "second.bmp", "Picture 1")) << tail();
+    ASSERT_TRUE(type("press \"Send to Linear\"", "> Pressed Send to Linear")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Feedback is not set up on the relay yet.", second); }, 20s)) << tail();
+    ASSERT_TRUE(type("press \"Mail the developer instead\"", "> Pressed Mail the developer instead")) << tail();
     ASSERT_TRUE(waitUntil([&] { return saw("Opened in Mail, with the pictures. Send it from there.", second); }, 10s))
-        << output_;
+        << tail();
     ASSERT_TRUE(waitUntil([&] { return fs::exists(home_.root / "mail" / "argv"); }, 10s)) << errors_;
     const auto arguments = mailArguments();
     auto after = [&](const std::string& flag) {
@@ -143,7 +135,7 @@ TEST_F(FeedbackProgram, AReportWithPicturesArrivesAsPreviewedAndARefusedOneGoesB
     EXPECT_NE(after("--body").find("Second try\n\nDiagnostics:\n"), std::string::npos);
     EXPECT_EQ(fs::path(after("--attach")).filename(), "screenshot-1.jpg");
     EXPECT_EQ(arguments.back(), Feedback::mailAddress);
-    const std::string attached = readAll(home_.root / "mail" / "attached" / "screenshot-1.jpg");
+    const std::string attached = contents(home_.root / "mail" / "attached" / "screenshot-1.jpg");
     EXPECT_EQ(attached.substr(0, 2), "\xFF\xD8");
     EXPECT_EQ(read("/companion/feedback").value("reports", json::array()).size(), 1u);
 }

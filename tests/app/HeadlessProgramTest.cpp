@@ -13,10 +13,10 @@ class HeadlessProgram : public DrivenProgram {};
 
 TEST_F(HeadlessProgram, ShowsTheBridgeAndRelaunchesItWhenItDies) {
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitUntil([&] { return saw("Remote control is on for 2 phones."); }, 30s)) << output_;
-    EXPECT_TRUE(saw("──────── Remote control ────────")) << output_;
-    EXPECT_TRUE(saw("Mara’s MacBook Pro")) << output_;
-    EXPECT_TRUE(saw("[x] Remote control")) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("Remote control is on for 2 phones."); }, 30s)) << tail();
+    EXPECT_TRUE(saw("──────── Remote control ────────")) << tail();
+    EXPECT_TRUE(saw("Mara’s MacBook Pro")) << tail();
+    EXPECT_TRUE(saw("[x] Remote control")) << tail();
 
     int bridge = childOf(program_.processId());
     ASSERT_GT(bridge, 0);
@@ -39,7 +39,7 @@ TEST_F(HeadlessProgram, ABridgeStartedElsewhereIsReadThenMissedButNotRelaunched)
     ASSERT_TRUE(start());
     ASSERT_TRUE(waitUntil([&] { return saw("No phone yet.") && !saw("[x] Remote control") && saw("[ ] Remote control\n"); },
                           30s))
-        << output_;
+        << tail();
     std::size_t mark = output_.size();
     sim.reset(); // the bridge goes away
     EXPECT_TRUE(waitUntil([&] { return saw("Reaching this Mac.", mark); }, 20s)) << output_.substr(mark);
@@ -50,7 +50,7 @@ TEST_F(HeadlessProgram, ABridgeStartedElsewhereIsReadThenMissedButNotRelaunched)
 
 TEST_F(HeadlessProgram, QuitsCleanlyOnTermAndTakesItsBridgeAlong) {
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitUntil([&] { return healthzAnswers(8787); }, 30s)) << output_;
+    ASSERT_TRUE(waitUntil([&] { return healthzAnswers(8787); }, 30s)) << tail();
     int bridge = childOf(program_.processId());
     ASSERT_GT(bridge, 0);
     program_.terminate();

@@ -18,24 +18,32 @@ using namespace std::chrono_literals;
 using namespace test;
 using nlohmann::json;
 
-constexpr const char* kFrame = "\u2500\u2500\u2500\u2500\u2500\u2500\u2500\u2500 Remote control";
-
 class JoinsProgram : public DrivenProgram {
 protected:
     void adjust(QProcessEnvironment& env) override { env.insert("ORVAN_SIM_HOSTS", "badrow"); }
-    std::string frame() const {
-        auto at = output_.rfind(kFrame);
-        return at == std::string::npos ? std::string() : output_.substr(at);
+    // A phone follows a new link invite; the request it leaves, as the bridge lists it.
+    json follow(const std::string& name) {
+        std::string id;
+        settles([&] {
+            auto made = ask("/local/invite", json{{"role", "member"}, {"kind", "link"}});
+            if (made && made->status == 200) id = json::parse(made->body, nullptr, false).value("id", "");
+            return !id.empty();
+        });
+        auto asked = ask("/_sim/follow", json{{"id", id}, {"name", name}});
+        const std::string request = asked ? json::parse(asked->body, nullptr, false).value("id", "") : "";
+        for (const auto& join : read("/local/joins").value("joins", json::array()))
+            if (join.value("id", "") == request) return join;
+        return json::object();
     }
-    bool inFrame(const std::string& words) const { return frame().find(words) != std::string::npos; }
-    std::string lineWith(const std::string& words) const {
-        std::string f = frame();
-        auto at = f.find(words);
-        if (at == std::string::npos) return {};
-        auto start = f.rfind('\n', at) + 1;
-        return f.substr(start, f.find('\n', start) - start);
+    // A Mac with no owner yet, whose setup the owner then opens.
+    bool openOwnerSetup() {
+        return settles([&] {
+                   auto seeded = ask("/_sim/seed", json{{"seed", "empty"}});
+                   return seeded && seeded->status == 204;
+               }) &&
+               settles([&] { return inFrame("[Set up this Mac's owner\u2026]"); }) &&
+               type("press \"Set up this Mac's owner\u2026\"", "> Pressed") && settles([&] { return inFrame("Works until"); });
     }
-    bool settles(const std::function<bool()>& done) { return waitUntil(done, 20s); }
     std::string code() const {
         std::smatch m;
         std::string f = frame();
@@ -49,14 +57,8 @@ protected:
 
 TEST_F(JoinsProgram, AStaleCodeIsRefusedAndTheCodeShownNowLetsThePhoneIn) {
     ASSERT_TRUE(start());
-    ASSERT_TRUE(settles([&] { return saw("== Phones =="); })) << output_;
-    std::string id;
-    ASSERT_TRUE(settles([&] {
-        auto made = ask("/local/invite", json{{"role", "member"}, {"kind", "link"}});
-        if (made && made->status == 200) id = json::parse(made->body, nullptr, false).value("id", "");
-        return !id.empty();
-    }));
-    ASSERT_TRUE(ask("/_sim/follow", json{{"id", id}, {"name", "Ann\u2019s phone"}}));
+    ASSERT_TRUE(settles([&] { return saw("== Phones =="); })) << tail();
+    ASSERT_TRUE(follow("Ann\u2019s phone").contains("code"));
 
     ASSERT_TRUE(settles([&] { return inFrame("== Join request ==") && approvable(); })) << frame();
     EXPECT_TRUE(inFrame("Ann\u2019s phone is waiting to join.")) << frame();
@@ -82,22 +84,16 @@ TEST_F(JoinsProgram, AStaleCodeIsRefusedAndTheCodeShownNowLetsThePhoneIn) {
     ASSERT_EQ(waiting.size(), 1u);
     const std::string now = waiting[0].value("code", "");
     ASSERT_TRUE(settles([&] { return code() == now && approvable(); })) << frame();
-    ASSERT_TRUE(type("press Approve", "> Pressed")) << output_;
+    ASSERT_TRUE(type("press Approve", "> Pressed")) << tail();
     ASSERT_TRUE(settles([&] { return !inFrame("== Join request ==") && inFrame("Ann\u2019s phone"); })) << frame();
     EXPECT_TRUE(read("/local/joins")["joins"].empty());
 }
 
 TEST_F(JoinsProgram, TheOwnersCodePrintsAsAQrCodeAndClosesTwoSecondsAfterItWasTaken) {
     ASSERT_TRUE(start());
-    ASSERT_TRUE(settles([&] { return saw("== Phones =="); })) << output_;
+    ASSERT_TRUE(settles([&] { return saw("== Phones =="); })) << tail();
     EXPECT_FALSE(inFrame("Set up this Mac's owner\u2026")) << "the seeded Mac has an owner";
-    ASSERT_TRUE(settles([&] {
-        auto seeded = ask("/_sim/seed", json{{"seed", "empty"}});
-        return seeded && seeded->status == 204;
-    }));
-    ASSERT_TRUE(settles([&] { return inFrame("[Set up this Mac's owner\u2026]"); })) << frame();
-    ASSERT_TRUE(type("press \"Set up this Mac's owner\u2026\"", "> Pressed")) << output_;
-    ASSERT_TRUE(settles([&] { return inFrame("Works until"); })) << frame();
+    ASSERT_TRUE(openOwnerSetup()) << tail();
     EXPECT_TRUE(inFrame("== Set up this Mac's owner ==")) << frame();
     EXPECT_TRUE(inFrame("<picture: Setup code")) << frame();
     EXPECT_NE(frame().find("\u2580"), std::string::npos) << "the code prints as half blocks";
@@ -116,14 +112,8 @@ TEST_F(JoinsProgram, QuittingWhileTheCodeShowsCancelsIt) {
     StartedSim bridge(8787, home_.environment());
     ASSERT_TRUE(waitUntil([] { return healthzAnswers(8787); })) << "the simulator did not come up";
     ASSERT_TRUE(start());
-    ASSERT_TRUE(settles([&] { return saw("== Phones =="); })) << output_;
-    ASSERT_TRUE(settles([&] {
-        auto seeded = ask("/_sim/seed", json{{"seed", "empty"}});
-        return seeded && seeded->status == 204;
-    }));
-    ASSERT_TRUE(settles([&] { return inFrame("[Set up this Mac's owner\u2026]"); })) << frame();
-    ASSERT_TRUE(type("press \"Set up this Mac's owner\u2026\"", "> Pressed")) << output_;
-    ASSERT_TRUE(settles([&] { return inFrame("Works until"); })) << frame();
+    ASSERT_TRUE(settles([&] { return saw("== Phones =="); })) << tail();
+    ASSERT_TRUE(openOwnerSetup()) << tail();
     ASSERT_EQ(read("/local/owner-setup")["live"], true);
     program_.terminate();
     ASSERT_TRUE(finished());
@@ -177,20 +167,6 @@ protected:
         return bus_.isConnected() && bus_.registerService(QStringLiteral("org.freedesktop.Notifications")) &&
                bus_.registerVirtualObject(QStringLiteral("/org/freedesktop/Notifications"), &server_);
     }
-    // A phone follows a new link invite; answers the request it leaves, as the bridge lists it.
-    json follow(const std::string& name) {
-        std::string id;
-        waitUntil([&] {
-            auto made = ask("/local/invite", json{{"role", "member"}, {"kind", "link"}});
-            if (made && made->status == 200) id = json::parse(made->body, nullptr, false).value("id", "");
-            return !id.empty();
-        });
-        auto asked = ask("/_sim/follow", json{{"id", id}, {"name", name}});
-        const std::string request = asked ? json::parse(asked->body, nullptr, false).value("id", "") : "";
-        for (const auto& join : read("/local/joins").value("joins", json::array()))
-            if (join.value("id", "") == request) return join;
-        return json::object();
-    }
 
     QProcess daemon_;
     QString address_;
@@ -201,7 +177,7 @@ protected:
 TEST_F(JoinNotices, OneNoticePerRequestNeverWithItsCodeClosedWhenTheRequestEnds) {
     ASSERT_TRUE(serve()) << "no private session bus";
     ASSERT_TRUE(start());
-    ASSERT_TRUE(settles([&] { return saw("== Phones =="); })) << output_;
+    ASSERT_TRUE(settles([&] { return saw("== Phones =="); })) << tail();
     const json ann = follow("Ann’s phone");
     ASSERT_TRUE(ann.contains("code")) << ann.dump();
     ASSERT_TRUE(settles([&] { return server_.posted.size() == 1; })) << frame();

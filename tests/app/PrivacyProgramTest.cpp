@@ -49,7 +49,7 @@ TEST_F(PrivacyProgram, AskedAtTheFirstStartAQueuedCrashGoesOnYesAndNoDeletesWhat
     crashedBefore();
     ASSERT_TRUE(start());
     ASSERT_TRUE(waitUntil([&] { return saw(">>> Sheet: Privacy") && saw("so it gets fixed.") && saw("Remote control is"); }, 40s))
-        << output_;
+        << tail();
     // The crash is in the queue, kept private, but nothing went while the question stands.
     ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(queueFile()); }, 10s));
     EXPECT_FALSE(std::filesystem::exists(CrashRecords::pendingFile(home_.data())));
@@ -59,33 +59,33 @@ TEST_F(PrivacyProgram, AskedAtTheFirstStartAQueuedCrashGoesOnYesAndNoDeletesWhat
     EXPECT_TRUE(reports().empty());
 
     // A pre-release opens with the switch on; Continue answers yes and hands the crash over at once.
-    ASSERT_TRUE(type("press Continue", "> Pressed Continue.")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return reports().size() == 1; }, 15s)) << output_;
+    ASSERT_TRUE(type("press Continue", "> Pressed Continue.")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return reports().size() == 1; }, 15s)) << tail();
     const json sent = reports()[0];
     EXPECT_EQ(sent["kind"], "crash");
     EXPECT_EQ(sent["source"], "companion");
     EXPECT_EQ(sent["exception"]["signal"], SIGSEGV);
     EXPECT_FALSE(sent["frames"].empty());
     EXPECT_TRUE(waitUntil([&] { return json::parse(Files::read(queueFile()).value_or("[0]"), nullptr, false) == json::array(); }, 10s));
-    EXPECT_TRUE(waitUntil([&] { return saw("[x] Send feedback and crash reports to the developer"); }, 10s)) << output_;
+    EXPECT_TRUE(waitUntil([&] { return saw("[x] Send feedback and crash reports to the developer"); }, 10s)) << tail();
 
     // Off under Privacy: the queue file goes and the bridge's copy follows.
-    ASSERT_TRUE(type("toggle \"Send feedback and crash reports to the developer\"", "> ")) << output_;
+    ASSERT_TRUE(type("toggle \"Send feedback and crash reports to the developer\"", "> ")) << tail();
     EXPECT_TRUE(waitUntil([&] { return !std::filesystem::exists(queueFile()); }, 10s));
     EXPECT_TRUE(waitUntil([&] { return read("/companion/status").value("diagnostics", true) == false; }, 15s));
 
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
     EXPECT_TRUE(finished());
 }
 
 TEST_F(PrivacyProgram, ClosingTheQuestionWithoutAnAnswerAsksAgainAtTheNextStart) {
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitUntil([&] { return saw(">>> Sheet: Privacy"); }, 40s)) << output_;
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw(">>> Sheet: Privacy"); }, 40s)) << tail();
+    ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
     ASSERT_TRUE(finished());
     output_.clear();
     ASSERT_TRUE(start());
-    EXPECT_TRUE(waitUntil([&] { return saw(">>> Sheet: Privacy"); }, 40s)) << output_;
+    EXPECT_TRUE(waitUntil([&] { return saw(">>> Sheet: Privacy"); }, 40s)) << tail();
 }
 
 } // namespace

@@ -29,19 +29,19 @@ protected:
             if (row.value("session", "").rfind(prefix, 0) == 0) return true;
         return false;
     }
-    // The number the last frame gave a row's button.
-    std::string numberOf(const std::string& session, const std::string& button) {
-        std::regex row("Session " + session + R"(\s+(?:\d+\) \[\w+\]\s+)*?(\d+)\) \[)" + button + R"(\])");
-        std::string number;
-        for (std::sregex_iterator it(output_.begin(), output_.end(), row), end; it != end; ++it) number = (*it)[1];
-        return number;
+    // One sandbox's row in the last frame, up to the next one's.
+    std::string session(const std::string& id) const {
+        const std::string f = frame();
+        const auto at = f.find("Session " + id);
+        if (at == std::string::npos) return {};
+        return f.substr(at, f.find("Session ", at + 8) - at);
     }
     // The sequence of percentages in the frames since `from`, as drawn after `before`.
     std::vector<int> percents(const std::string& before, std::size_t from) {
         std::vector<int> out;
         std::regex pattern(before + R"((\d+)%)");
-        std::string tail = output_.substr(from);
-        for (std::sregex_iterator it(tail.begin(), tail.end(), pattern), end; it != end; ++it) {
+        std::string since = output_.substr(from);
+        for (std::sregex_iterator it(since.begin(), since.end(), pattern), end; it != end; ++it) {
             int value = std::stoi((*it)[1]);
             if (out.empty() || out.back() != value) out.push_back(value);
         }
@@ -51,14 +51,14 @@ protected:
 
 TEST_F(SandboxProgram, FetchesTheImageAtTheRightPaceThenStopsAndDiscards) {
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitUntil([&] { return saw("[Get the sandbox desktop]") && saw("Session 7f3a9c21"); }, 40s)) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("[Get the sandbox desktop]") && saw("Session 7f3a9c21"); }, 40s)) << tail();
     EXPECT_TRUE(saw("Running · saved · watched by Ana's iPhone"));
     EXPECT_TRUE(saw("The container did not start: no space left on device."));
     EXPECT_FALSE(saw("exit status 125")) << "only the reason's first line shows";
 
     // The image: the step's words and the bar both move while it downloads.
     const std::size_t pressed = output_.size();
-    ASSERT_TRUE(type("press \"Get the sandbox desktop\"", "> Pressed Get the sandbox desktop.")) << output_;
+    ASSERT_TRUE(type("press \"Get the sandbox desktop\"", "> Pressed Get the sandbox desktop.")) << tail();
     ASSERT_TRUE(waitUntil([&] { return saw("Ready: Docker, with the sandbox desktop here.", pressed); }, 30s))
         << output_.substr(pressed);
     auto words = percents("Downloading the sandbox desktop… ", pressed);
@@ -87,26 +87,21 @@ TEST_F(SandboxProgram, FetchesTheImageAtTheRightPaceThenStopsAndDiscards) {
     EXPECT_GE(quick, 5) << told;
 
     // Stop a running sandbox that is not saved: it goes.
-    std::string stop = numberOf("c4d5e6f7", "Stop");
-    ASSERT_FALSE(stop.empty()) << output_;
-    ASSERT_TRUE(type("press " + stop, "> Pressed Stop.")) << output_;
+    ASSERT_TRUE(pressIn([&] { return session("c4d5e6f7"); }, "Stop")) << tail();
     EXPECT_TRUE(waitUntil([&] { return !listed("c4d5e6f7"); }, 10s));
 
     // Discard a saved one: nothing happens until the owner says yes.
-    std::string discard = numberOf("b81e22d0", "Discard");
-    ASSERT_FALSE(discard.empty()) << output_;
-    ASSERT_TRUE(type("press " + discard, "> Pressed Discard.")) << output_;
-    ASSERT_TRUE(waitUntil([&] { return saw("Discard this sandbox?"); }, 10s)) << output_;
+    ASSERT_TRUE(pressIn([&] { return session("b81e22d0"); }, "Discard")) << tail();
+    ASSERT_TRUE(waitUntil([&] { return saw("Discard this sandbox?"); }, 10s)) << tail();
     EXPECT_TRUE(listed("b81e22d0"));
-    ASSERT_TRUE(type("press Discard", "> Pressed Discard.")) << output_;
+    ASSERT_TRUE(type("press Discard", "> Pressed Discard.")) << tail();
     EXPECT_TRUE(waitUntil([&] { return !listed("b81e22d0"); }, 10s));
     // The last frame drawn has the saved sandbox still running and the discarded one gone.
-    auto lastFrame = [&] { return output_.substr(output_.rfind("== Sandboxes ==")); };
-    EXPECT_TRUE(waitUntil([&] { return lastFrame().find("Session b81e22d0") == std::string::npos; }, 10s)) << lastFrame();
-    EXPECT_NE(lastFrame().find("Session 7f3a9c21"), std::string::npos) << lastFrame();
+    EXPECT_TRUE(waitUntil([&] { return !inFrame("Session b81e22d0"); }, 10s)) << frame();
+    EXPECT_TRUE(inFrame("Session 7f3a9c21")) << frame();
 
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
-    EXPECT_TRUE(waitUntil([&] { return program_.state() == QProcess::NotRunning; }, 10s));
+    ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
+    EXPECT_TRUE(finished());
 }
 
 } // namespace

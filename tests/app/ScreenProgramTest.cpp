@@ -41,7 +41,7 @@ protected:
 
 TEST_F(ScreenProgram, WatchersTheBarStopAGrantAndTurningOff) {
     ASSERT_TRUE(start());
-    ASSERT_TRUE(sawAfter(0, {"Your iPhone can see this screen", "Nobody is watching.", "Allowed"})) << output_;
+    ASSERT_TRUE(sawAfter(0, {"Your iPhone can see this screen", "Nobody is watching.", "Allowed"})) << tail();
 
     std::size_t mark = output_.size();
     ASSERT_EQ(ask("/_sim/watcher", json{{"name", "Mara’s iPhone"}, {"control", true}})->status, 204);
@@ -51,7 +51,7 @@ TEST_F(ScreenProgram, WatchersTheBarStopAGrantAndTurningOff) {
                                 "Phone first is on: your mouse and keyboard give way to it.", "[Stop sharing]"}))
         << output_.substr(mark);
 
-    ASSERT_TRUE(type("press \"Stop sharing\"", "> Pressed Stop sharing.")) << output_;
+    ASSERT_TRUE(type("press \"Stop sharing\"", "> Pressed Stop sharing.")) << tail();
     EXPECT_TRUE(waitUntil([&] { return screen().value("watching", json::array()).empty(); }, 10s));
     EXPECT_EQ(screen().value("on", false), true);
     EXPECT_TRUE(sawAfter(mark, {"Nobody is watching."})) << output_.substr(mark);
@@ -64,18 +64,22 @@ TEST_F(ScreenProgram, WatchersTheBarStopAGrantAndTurningOff) {
                                 "Theo’s iPad, Ana’s iPhone are watching."}))
         << output_.substr(mark);
     // Other sections have a Stop of their own: this one is the number beside Log.
-    const std::size_t log = output_.rfind(") [Log]");
-    ASSERT_NE(log, std::string::npos);
-    const std::size_t stop = output_.rfind(") [Stop]", log);
-    const std::size_t number = output_.find_last_not_of("0123456789", stop - 1) + 1;
-    ASSERT_TRUE(type("press " + output_.substr(number, stop - number), "> Pressed Stop.")) << output_;
+    ASSERT_TRUE(pressIn(
+        [&] {
+            const std::string f = frame();
+            const auto log = f.find(") [Log]");
+            const auto stop = log == std::string::npos ? log : f.rfind(") [Stop]", log);
+            return stop == std::string::npos || stop < 3 ? std::string() : f.substr(stop - 3, log - stop + 3);
+        },
+        "Stop"))
+        << tail();
     EXPECT_TRUE(waitUntil([&] { return screen().value("watching", json::array()).empty(); }, 10s));
 
     // The helper lacks the screen grant: the row offers Allow, and the asking is kept on disk.
     mark = output_.size();
     ASSERT_EQ(ask("/_sim/set", json{{"helperScreen", false}})->status, 204);
     ASSERT_TRUE(sawAfter(mark, {"[Allow]"})) << output_.substr(mark);
-    ASSERT_TRUE(type("press Allow", "> Pressed Allow.")) << output_;
+    ASSERT_TRUE(type("press Allow", "> Pressed Allow.")) << tail();
     const auto record = home_.root / "share" / "Orvan" / "permissions.json";
     ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(record); }, 10s));
     std::ifstream in(record);
@@ -87,11 +91,11 @@ TEST_F(ScreenProgram, WatchersTheBarStopAGrantAndTurningOff) {
     EXPECT_EQ(info.st_mode & 0777, 0600);
 
     mark = output_.size();
-    ASSERT_TRUE(type("toggle \"Remote desktop\"", "> ")) << output_;
+    ASSERT_TRUE(type("toggle \"Remote desktop\"", "> ")) << tail();
     EXPECT_TRUE(waitUntil([&] { return screen().value("on", true) == false; }, 10s));
     EXPECT_TRUE(sawAfter(mark, {"Off. Your iPhone cannot see this screen."})) << output_.substr(mark);
 
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
     EXPECT_TRUE(finished());
 }
 

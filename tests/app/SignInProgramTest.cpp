@@ -6,7 +6,6 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <regex>
 
 namespace orvan {
 namespace {
@@ -30,43 +29,28 @@ protected:
     }
     std::filesystem::path opened() const { return home_.root / "opened"; }
     std::filesystem::path copied() const { return home_.root / "copied"; }
-    std::string file(const std::filesystem::path& path) const { return Files::read(path).value_or(""); }
     std::string sheet() const {
         auto at = output_.rfind(">>> Sheet: Sign in agents on Build server");
         return at == std::string::npos ? std::string() : output_.substr(at, output_.find("<<<", at) - at);
     }
-    // The number of the first button titled `button` after `after`, in the last frame (or its sheet).
-    std::string numberOf(const std::string& from, const std::string& after, const std::string& button) const {
-        auto at = from.find(after);
-        if (at == std::string::npos) return {};
-        const std::string rest = from.substr(at);
-        std::smatch match;
-        if (!std::regex_search(rest, match, std::regex(R"((\d+)\) \[)" + button + R"(\])"))) return {};
-        return match[1];
-    }
-    bool press(const std::function<std::string()>& number, const std::string& title) {
-        std::string n;
-        if (!waitUntil([&] { return !(n = number()).empty(); }, 30s)) return false;
-        return type("press " + n, "> Pressed " + title + ".");
+    // The sheet from `after` on, where the first "[Sign in]" is that agent's.
+    std::string sheetFrom(const std::string& after) const {
+        const std::string all = sheet();
+        const auto at = all.find(after);
+        return at == std::string::npos ? std::string() : all.substr(at);
     }
     bool signIn(const std::string& agent) {
-        return press([&] { return numberOf(sheet(), agent + "  ", "Sign in"); }, "Sign in");
-    }
-    std::string lastFrame() const {
-        auto at = output_.rfind("== Other computers ==");
-        return at == std::string::npos ? std::string() : output_.substr(at);
+        return pressIn([this, agent] { return sheetFrom(agent + "  "); }, "Sign in");
     }
 };
 
 TEST_F(SignInProgram, ThePageOpensTheCodeIsCopiedAndAPastedCodeFinishes) {
     ASSERT_TRUE(start());
     // The opening reads (computers, updates, owner setup) each add rows and move the numbers.
-    ASSERT_TRUE(waitUntil([&] { return saw("Sign in agents…") && saw("== Updates =="); }, 30s)) << output_;
-    ASSERT_TRUE(settled()) << output_;
-    ASSERT_TRUE(press([&] { return numberOf(lastFrame(), "Build server", "Sign in agents…"); }, "Sign in agents…"))
-        << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("Sign in agents…") && saw("== Updates =="); }, 30s)) << tail();
+    ASSERT_TRUE(pressIn([&] { return partFrom("== Build server =="); }, "Sign in agents…")) << tail();
     ASSERT_TRUE(waitUntil([&] { return sheet().find("Cursor signs in only with a screen there.") != std::string::npos; }, 30s))
-        << output_;
+        << tail();
     EXPECT_NE(sheet().find("Not signed in. Signs in as its own sign-in there."), std::string::npos) << sheet();
 
     // Claude: a page and a code to enter there; it finishes by itself.
@@ -77,13 +61,12 @@ TEST_F(SignInProgram, ThePageOpensTheCodeIsCopiedAndAPastedCodeFinishes) {
     EXPECT_TRUE(saw(kPage, claude)) << "the address is there to take elsewhere";
     EXPECT_TRUE(saw("KQ7M-2XPD", claude));
     ASSERT_TRUE(waitUntil([&] { return saw("Claude is signed in on Build server.", claude); }, 20s)) << output_.substr(claude);
-    EXPECT_EQ(file(opened()), "1|" + kPage + "\n") << "opened once over all the reads";
-    EXPECT_EQ(file(copied()), "KQ7M-2XPD\n");
+    EXPECT_EQ(contents(opened()), "1|" + kPage + "\n") << "opened once over all the reads";
+    EXPECT_EQ(contents(copied()), "KQ7M-2XPD\n");
 
     // Codex: the page shows a code that is pasted back here.
-    ASSERT_TRUE(type("press Back", "> Pressed Back.")) << output_;
+    ASSERT_TRUE(type("press Back", "> Pressed Back.")) << tail();
     const std::size_t codex = output_.size();
-    ASSERT_TRUE(waitUntil([&] { return !numberOf(sheet(), "Codex  ", "Sign in").empty(); }, 20s)) << sheet();
     ASSERT_TRUE(signIn("Codex")) << sheet();
     ASSERT_TRUE(waitUntil([&] { return saw("Paste the page's code", codex); }, 20s)) << output_.substr(codex);
     ASSERT_TRUE(type("type \"Paste the page's code\" wrong-code", "> Typed into")) << output_.substr(codex);
@@ -95,20 +78,19 @@ TEST_F(SignInProgram, ThePageOpensTheCodeIsCopiedAndAPastedCodeFinishes) {
         << output_.substr(codex);
 
     // Grok never finishes: closing the sheet stops it there.
-    ASSERT_TRUE(type("press Back", "> Pressed Back.")) << output_;
+    ASSERT_TRUE(type("press Back", "> Pressed Back.")) << tail();
     const std::size_t grok = output_.size();
-    ASSERT_TRUE(waitUntil([&] { return !numberOf(sheet(), "Grok  ", "Sign in").empty(); }, 20s)) << sheet();
     ASSERT_TRUE(signIn("Grok")) << sheet();
     ASSERT_TRUE(waitUntil([&] { return saw("Waiting for the sign-in to finish…", grok); }, 20s)) << output_.substr(grok);
-    ASSERT_TRUE(type("press \"Stop and close\"", "> Pressed Stop and close.")) << output_;
+    ASSERT_TRUE(type("press \"Stop and close\"", "> Pressed Stop and close.")) << tail();
     EXPECT_TRUE(waitUntil([&] {
         auto answer = ask("/companion/hosts/signin/state", json{{"target", "build"}, {"tool", "grok"}});
         return answer && json::parse(answer->body, nullptr, false).value("state", "") == "canceled";
     }, 20s));
-    const std::string pages = file(opened());
+    const std::string pages = contents(opened());
     EXPECT_EQ(std::count(pages.begin(), pages.end(), '\n'), 3) << pages;
 
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
     EXPECT_TRUE(finished());
 }
 

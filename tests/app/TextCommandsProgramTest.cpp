@@ -24,7 +24,7 @@ protected:
     std::string runtime() const { return (home_.root / "run").string(); }
     void start() {
         ASSERT_TRUE(DrivenProgram::start());
-        ASSERT_TRUE(waitUntil([&] { return saw("Remote control is on for 2 phones."); }, 30s)) << output_;
+        ASSERT_TRUE(waitUntil([&] { return saw("Remote control is on for 2 phones."); }, 30s)) << tail();
     }
     std::string name() { return read("/companion/status").value("name", ""); }
     // Whether remote control is on; `unread` when the simulator did not answer, so a wait can't pass on silence.
@@ -46,29 +46,29 @@ protected:
 
 TEST_F(TextCommands, RenamesFlipsRefusesAndQuitsThroughItsInput) {
     ASSERT_NO_FATAL_FAILURE(start());
-    ASSERT_TRUE(type("press Rename", "> Pressed Rename.")) << output_;
-    ASSERT_TRUE(type("type \"Name this Mac\" Studio", "> Typed into Name this Mac.")) << output_;
+    ASSERT_TRUE(type("press Rename", "> Pressed Rename.")) << tail();
+    ASSERT_TRUE(type("type \"Name this Mac\" Studio", "> Typed into Name this Mac.")) << tail();
     std::size_t mark = output_.size();
-    ASSERT_TRUE(type("press Save", "> Pressed Save.")) << output_;
+    ASSERT_TRUE(type("press Save", "> Pressed Save.")) << tail();
     EXPECT_TRUE(waitUntil([&] { return saw("Studio  1) [Rename]", mark); }, 10s)) << output_.substr(mark);
     EXPECT_EQ(name(), "Studio");
 
     mark = output_.size();
-    ASSERT_TRUE(type("toggle \"Remote control\"", "> Turned Remote control off.")) << output_;
+    ASSERT_TRUE(type("toggle \"Remote control\"", "> Turned Remote control off.")) << tail();
     EXPECT_TRUE(waitUntil([&] { return saw("[ ] Remote control\n", mark); }, 10s)) << output_.substr(mark);
     EXPECT_TRUE(waitUntil([&] { return !remoteOn(true); }, 10s));
 
     mark = output_.size();
     ASSERT_TRUE(type("press Nowhere", "> No control is called \u201cNowhere\u201d; the controls are: 1) Rename,"))
         << output_.substr(mark);
-    ASSERT_TRUE(type("toggle Rename", "is a button, which toggle does not work; use: press Rename.")) << output_;
+    ASSERT_TRUE(type("toggle Rename", "is a button, which toggle does not work; use: press Rename.")) << tail();
     runFor(1s);
     EXPECT_FALSE(saw("────", mark)) << "a refused command changes nothing: " << output_.substr(mark);
     EXPECT_EQ(name(), "Studio");
 
     const int bridge = childOf(program_.processId());
     ASSERT_GT(bridge, 0);
-    ASSERT_TRUE(type("quit", "> Quitting;")) << output_;
+    ASSERT_TRUE(type("quit", "> Quitting;")) << tail();
     ASSERT_TRUE(finished());
     EXPECT_EQ(program_.exitCode(), 0);
     EXPECT_TRUE(waitUntil([&] { return ::kill(bridge, 0) != 0; }, 10s)) << "our own bridge stopped with us";
@@ -78,7 +78,7 @@ TEST_F(TextCommands, RenamesFlipsRefusesAndQuitsThroughItsInput) {
 TEST_F(TextCommands, KeepsRunningWhenItsInputEndsAtOnce) {
     ASSERT_TRUE(DrivenProgram::start());
     program_.closeWriteChannel();
-    ASSERT_TRUE(waitUntil([&] { return saw("Remote control is on for 2 phones."); }, 30s)) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("Remote control is on for 2 phones."); }, 30s)) << tail();
     runFor(2s);
     EXPECT_EQ(program_.state(), QProcess::Running);
     // Still answering, now through a second launch.

@@ -15,9 +15,9 @@ class UpdatesProgram : public DrivenProgram {};
 TEST_F(UpdatesProgram, ChecksOnItsOwnAndWhenAsked) {
     const char* unreachable = "This Mac could not reach the update server.";
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitUntil([&] { return saw("== Updates ==") && saw("[Check now]"); }, 30s)) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw("== Updates ==") && saw("[Check now]"); }, 30s)) << tail();
     // The check on its own (its eight seconds are tested in virtual time).
-    ASSERT_TRUE(waitUntil([&] { return saw(unreachable); }, 20s)) << output_;
+    ASSERT_TRUE(waitUntil([&] { return saw(unreachable); }, 20s)) << tail();
     const std::size_t mark = output_.size();
     ASSERT_TRUE(type("press Check now", "> Pressed Check now.")) << output_.substr(mark);
     // With no server to ask the check ends at once, so the frame reads as before: shown again, it
