@@ -7,6 +7,7 @@
 #include "appearance/ThemeCatalog.h"
 #include "appearance/ThemeKeys.h"
 #include "appearance/ThemeStore.h"
+#include "fakes/TempFolder.h"
 #include "foundation/Files.h"
 #include "foundation/UserDefaults.h"
 #include "ui/TextRenderer.h"
@@ -16,7 +17,6 @@
 #include <filesystem>
 #include <limits>
 #include <map>
-#include <unistd.h>
 
 using namespace orvan;
 
@@ -29,13 +29,10 @@ Rgb ground(const char* id, bool dark) { return ThemeCatalog::palette(id).side(da
 
 class Store : public ::testing::Test {
 protected:
-    void SetUp() override { fs::remove_all(folder), fs::create_directories(folder); }
-    void TearDown() override { fs::remove_all(folder); }
     fs::path file() const { return folder / "com.quillmere.orvan.companion.json"; }
     std::shared_ptr<UserDefaults> defaults() { return UserDefaults::at(file()); }
-    const fs::path folder = fs::temp_directory_path() /
-                            ("theme-store-" + std::to_string(::getpid()) + "-" +
-                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    test::TempFolder temp;
+    const fs::path folder = temp.path();
 };
 
 TEST_F(Store, InkFollowsSchemeChoiceAndTheSystem) {

@@ -18,13 +18,10 @@ using namespace std::chrono_literals;
 class DeskViewTest : public testing::Test {
 protected:
     DeskViewTest() { setup_.environment = {{"HOME", "/nonexistent"}}; }
-    std::string desk() {
+    std::string desk(ui::TextOptions options = {}) {
         context_.versionLabel = "Version 0.1.0 (7)";
-        context_.changed = [this] { ++changes_; };
-        return ui::TextRenderer().render(DeskView::build(bridge_, state_, clock_.now(), context_));
-    }
-    std::string deskWithHelp() {
-        return ui::TextRenderer({.help = true}).render(DeskView::build(bridge_, state_, clock_.now(), context_));
+        context_.changed = [] {};
+        return ui::TextRenderer(options).render(DeskView::build(bridge_, state_, clock_.now(), context_));
     }
     MenuContext menuContext() {
         MenuContext c;
@@ -43,7 +40,6 @@ protected:
     Bridge bridge_{api_, clock_, processes_, setup_};
     DeskState state_;
     DeskContext context_;
-    int changes_ = 0;
     int quits_ = 0;
     std::string copied_;
 };
@@ -164,7 +160,7 @@ Version 0.1.0 (7)
 TEST_F(DeskViewTest, SwitchesCarryTheirHelp) {
     for (bool on : {false, true}) {
         bridge_.on = on;
-        const std::string help = deskWithHelp();
+        const std::string help = desk({.help = true});
         EXPECT_TRUE(has(help, "? " + RemoteWords::help(on))) << help;
         EXPECT_TRUE(has(help, "? Opens Orvan Companion when you log in to this Mac, so your phone can reach it "
                               "without a visit.")) << help;

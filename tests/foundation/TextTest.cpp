@@ -54,15 +54,11 @@ TEST(Characters, AsciiCountsAsIcuCountsIt) {
     EXPECT_EQ(Text::characterCount("e\xCC\x81\r\n"), 2u);
 }
 
-TEST(Scalars, CutOnScalarBoundaries) {
-    const std::string text = "a\xC3\xA9\xF0\x9F\x98\x80z"; // a é 😀 z
+TEST(Prefixes, NeverSplitAScalar) {
+    const std::string text = "a\xC3\xA9\xF0\x9F\x98\x80z"; // a é 😀 z: 1 + 2 + 4 + 1 bytes
     EXPECT_EQ(Text::scalarCount(text), 4u);
     EXPECT_EQ(Text::prefixScalars(text, 3), "a\xC3\xA9\xF0\x9F\x98\x80");
     EXPECT_EQ(Text::prefixScalars(text, 99), text);
-}
-
-TEST(BytePrefixes, NeverSplitAScalar) {
-    const std::string text = "a\xC3\xA9\xF0\x9F\x98\x80z"; // 1 + 2 + 4 + 1 bytes
     const std::pair<size_t, std::string> cases[] = {{0, ""}, {1, "a"}, {2, "a"}, {3, "a\xC3\xA9"}, {6, "a\xC3\xA9"},
                                                      {7, "a\xC3\xA9\xF0\x9F\x98\x80"}, {8, text}, {100, text}};
     for (const auto& [max, out] : cases) {

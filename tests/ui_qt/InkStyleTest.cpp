@@ -8,6 +8,7 @@
 #include "appearance/Swatch.h"
 #include "appearance/ThemeCatalog.h"
 #include "appearance/ThemeStore.h"
+#include "fakes/TempFolder.h"
 #include "foundation/UserDefaults.h"
 #include "ui/qt/InkStyle.h"
 #include "ui/qt/WindowHost.h"
@@ -43,8 +44,8 @@ protected:
     void install() { style = InkStyle::install(*store, [this] { return desktopDark; }); }
     static QRgb app(QPalette::ColorRole role) { return QApplication::palette().color(role).rgb(); }
 
-    orvan::testing::TestFolder folder;
-    std::unique_ptr<ThemeStore> store = std::make_unique<ThemeStore>(UserDefaults::at(folder.path / "defaults.json"));
+    test::TempFolder folder;
+    std::unique_ptr<ThemeStore> store = std::make_unique<ThemeStore>(UserDefaults::at(folder.path() / "defaults.json"));
     InkStyle* style = nullptr;
     bool desktopDark = false;
 };

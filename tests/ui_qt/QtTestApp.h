@@ -6,11 +6,9 @@
 #include <QKeyEvent>
 #include <QWidget>
 
-#include <filesystem>
-#include <map>
 #include <gtest/gtest.h>
+#include <map>
 #include <string>
-#include <unistd.h>
 
 // Qt's own route for a key press to the shortcuts (QShortcut, a button's shortcut) before the
 // focused widget sees it; exported by QtGui for its test library.
@@ -96,15 +94,6 @@ public:
 
 private:
     std::map<int, int> counts_;
-};
-
-// A folder of the running test's own, empty at the start and gone at the end.
-struct TestFolder {
-    std::filesystem::path path = std::filesystem::temp_directory_path() /
-                                 ("orvan-ui-qt-" + std::to_string(::getpid()) + "-" +
-                                  ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    TestFolder() { std::filesystem::remove_all(path), std::filesystem::create_directories(path); }
-    ~TestFolder() { std::filesystem::remove_all(path); }
 };
 
 } // namespace orvan::testing

@@ -1,5 +1,6 @@
 #include "QtTestApp.h"
 
+#include "fakes/TempFolder.h"
 #include "foundation/UserDefaults.h"
 #include "ui/qt/MenuHost.h"
 #include "ui/qt/WindowHost.h"
@@ -12,6 +13,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -26,9 +28,9 @@ protected:
     void TearDown() override { settle(); }
     ui::qt::WindowSetup windowSetup() {
         return {.id = "desk", .title = "Remote control", .minimumSize = {640, 780}, .defaultSize = {760, 920},
-                .defaults = UserDefaults::at(folder.path / "defaults.json")};
+                .defaults = UserDefaults::at(folder.path() / "defaults.json")};
     }
-    orvan::testing::TestFolder folder;
+    test::TempFolder folder;
 };
 
 TEST_F(Host, ManyRequestsInOneTurnGiveOneRender) {
@@ -78,7 +80,7 @@ class RememberedSize : public Host, public ::testing::WithParamInterface<SizeCas
 
 TEST_P(RememberedSize, OpensAtTheStoredSizeOrTheDefault) {
     const SizeCase& c = GetParam();
-    auto defaults = UserDefaults::at(folder.path / "defaults.json");
+    auto defaults = UserDefaults::at(folder.path() / "defaults.json");
     if (!c.stored.is_null()) defaults->set("window.desk.size", c.stored);
     ui::qt::WindowHost host(windowSetup(), [] { return ui::text("x"); });
     EXPECT_EQ(host.window()->size(), c.expected);
@@ -135,15 +137,15 @@ TEST_F(Host, WholeWindowFitsALaptopScreen) {
         EXPECT_LE(host.window()->minimumHeight(), host.window()->height());
         return;
     }
-    const auto config = folder.path / "screen.json";
+    const auto config = folder.path() / "screen.json";
     std::ofstream(config) << R"({"windowFrameMargins": true, "screens": [{"name": "laptop", "x": 0, "y": 0,
         "width": 1366, "height": 768, "logicalDpiX": 96, "logicalDpiY": 96, "dpr": 1}]})";
     const std::string command = "ORVAN_SMALL_SCREEN=1 QT_QPA_PLATFORM='offscreen:configfile=" + config.string() +
                                 "' /proc/" + std::to_string(::getpid()) +
                                 "/exe --gtest_filter=Host.WholeWindowFitsALaptopScreen >" +
-                                (folder.path / "out").string() + " 2>&1";
+                                (folder.path() / "out").string() + " 2>&1";
     const int status = std::system(command.c_str());
-    std::ifstream out(folder.path / "out");
+    std::ifstream out(folder.path() / "out");
     const std::string said{std::istreambuf_iterator<char>(out), std::istreambuf_iterator<char>()};
     EXPECT_EQ(status, 0) << said;
     EXPECT_NE(said.find("[  PASSED  ] 1 test"), std::string::npos) << said;
@@ -157,7 +159,7 @@ TEST_F(Host, WindowScrollsAndRemembersItsSizeOnClosing) {
         host.window()->resize(700, 790);
         host.window()->close();
     }
-    const auto stored = UserDefaults::at(folder.path / "defaults.json")->value("window.desk.size");
+    const auto stored = UserDefaults::at(folder.path() / "defaults.json")->value("window.desk.size");
     ASSERT_TRUE(stored);
     EXPECT_EQ(*stored, (Json{{"width", 700}, {"height", 790}}));
     ui::qt::WindowHost again(windowSetup(), [] { return ui::text("x"); });
