@@ -35,15 +35,11 @@ protected:
     }
     template <class T> auto run(Task<T> task) {
         auto started = test::start(std::move(task));
-        while (!started.done() && clock_.step()) {
-        }
+        while (!started.done() && clock_.step()) {}
         EXPECT_TRUE(started.done());
         return started;
     }
-    void settle() {
-        while (clock_.step()) {
-        }
-    }
+    void settle() { while (clock_.step()) {} }
     std::vector<std::string> usagePaths() const {
         std::vector<std::string> out;
         for (const auto& r : api_.requestsTo("/companion/accounts/usage")) out.push_back(r.path);

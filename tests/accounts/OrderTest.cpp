@@ -33,11 +33,7 @@ TEST(FallbackOrderTest, ListOperationsOnTheOwnersChanges) {
     for (const auto& a : FallbackOrder::excluded({"b"}, accounts)) excluded.push_back(a.id);
     EXPECT_EQ(excluded, (Chain{"a", "c"}));
 
-    struct Move {
-        std::set<int> from;
-        int to;
-        Chain want;
-    };
+    struct Move { std::set<int> from; int to; Chain want; };
     const Chain abc{"a", "b", "c"};
     for (const auto& m : std::vector<Move>{{{0}, 2, {"b", "a", "c"}},
                                            {{2}, 0, {"c", "a", "b"}},
@@ -109,13 +105,9 @@ protected:
     void SetUp() override { api_.on("GET", "/companion/accounts", Reply::json(200, kList)); }
     void TearDown() override {
         model_.reset();
-        while (clock_.step()) {
-        }
+        settle();
     }
-    void settle() {
-        while (clock_.step()) {
-        }
-    }
+    void settle() { while (clock_.step()) {} }
     FakeClock clock_;
     FakeBridge api_{clock_};
     std::unique_ptr<Accounts> model_ = std::make_unique<Accounts>(api_, clock_, AccountsSetup{{}, "/home/o"});
@@ -143,14 +135,10 @@ TEST_F(SaveOrderTest, OnlyTheLastSaveStartedHasASayEvenWhenTheFirstAnswersLastAn
 }
 
 TEST_F(SaveOrderTest, AFailedSaveSaysSoAndShowsWhatTheBridgeHolds) {
-    struct Case {
-        Reply reply;
-        std::string note;
-    };
-    std::vector<Case> cases;
-    cases.push_back({Reply::json(409, R"({"message":"Chain is locked."})"), "Not saved. Chain is locked."});
-    cases.push_back({Reply::json(200, "not json"), "Not saved. The bridge did not answer."});
-    cases.push_back({Reply::failure(), "Not saved. The bridge did not answer."});
+    struct Case { Reply reply; std::string note; };
+    std::vector<Case> cases = {{Reply::json(409, R"({"message":"Chain is locked."})"), "Not saved. Chain is locked."},
+                               {Reply::json(200, "not json"), "Not saved. The bridge did not answer."},
+                               {Reply::failure(), "Not saved. The bridge did not answer."}};
     for (auto& c : cases) {
         model_ = std::make_unique<Accounts>(api_, clock_, AccountsSetup{{}, "/home/o"});
         Accounts& m = *model_;

@@ -39,10 +39,16 @@ protected:
         EXPECT_TRUE(parsed.command) << parsed.error;
         return ui::perform(frame_.controls, *parsed.command);
     }
-    void settle() {
-        while (clock_.step()) {
-        }
+    // Works each line in turn, as the owner would; false at the first one the view refuses.
+    bool commands(std::initializer_list<std::string> lines) {
+        for (const auto& line : lines)
+            if (auto outcome = command(line); !outcome.accepted) {
+                ADD_FAILURE() << line << ": " << outcome.answer << "\n" << frame_.text;
+                return false;
+            }
+        return true;
     }
+    void settle() { while (clock_.step()) {} }
     std::string lastPost(const std::string& path) const {
         std::string body = "null";
         for (const auto& r : api_.requestsTo(path))
@@ -66,18 +72,14 @@ TEST_F(SectionTest, WaitsThenListsAccountsWithTheirWordsAndMeters) {
     spawn(accounts_.refreshAll(false));
     clock_.advance(0s);
     std::string text = render();
-    EXPECT_TRUE(has(text, "[Work]")) << text;
-    EXPECT_TRUE(has(text, "Claude · Sign-in · Fallback 1"));
-    EXPECT_TRUE(has(text, "[Codex]"));
-    EXPECT_TRUE(has(text, "Codex · API key · Not in fallback"));
-    EXPECT_TRUE(has(text, "Limited until 3:30"));
-    EXPECT_TRUE(has(text, "[Checking…] (disabled)")) << text;
+    for (const char* words : {"[Work]", "Claude · Sign-in · Fallback 1", "[Codex]", "Codex · API key · Not in fallback",
+                              "Limited until 3:30", "[Checking…] (disabled)"})
+        EXPECT_TRUE(has(text, words)) << words << "\n" << text;
     settle();
     text = render();
-    EXPECT_TRUE(has(text, "[Check again]"));
-    EXPECT_TRUE(has(text, "5h: 62%")) << text;
-    EXPECT_TRUE(has(text, "[Gemini]")) << "a default login with meters gets a row of its own";
-    EXPECT_TRUE(has(text, "Gemini · This Mac's login"));
+    // A default login with meters gets a row of its own.
+    for (const char* words : {"[Check again]", "5h: 62%", "[Gemini]", "Gemini · This Mac's login"})
+        EXPECT_TRUE(has(text, words)) << words << "\n" << text;
 }
 
 TEST_F(SectionTest, EmptyListAndNotes) {
@@ -96,13 +98,10 @@ TEST_F(SectionTest, ADetailRenamesAndRemovesWithASecondWord) {
     api_.on("POST", "/companion/accounts/k2/remove", Reply::empty());
     spawn(accounts_.refreshAll(false));
     settle();
-    auto opened = command("press Codex");
-    ASSERT_TRUE(opened.accepted) << opened.answer << "\n" << frame_.text;
+    ASSERT_TRUE(commands({"press Codex"}));
     std::string text = render();
     EXPECT_TRUE(has(text, "[Rename]")) << text;
-    ASSERT_TRUE(command("press Rename").accepted);
-    ASSERT_TRUE(command("type Label   Spare key  ").accepted);
-    ASSERT_TRUE(command("press Save").accepted);
+    ASSERT_TRUE(commands({"press Rename", "type Label   Spare key  ", "press Save"}));
     settle();
     EXPECT_FALSE(state_.renaming);
     ASSERT_EQ(api_.count("/companion/accounts/k2/label"), 1u);
@@ -117,8 +116,7 @@ TEST_F(SectionTest, ADetailRenamesAndRemovesWithASecondWord) {
     EXPECT_TRUE(has(render(), "A thread is running on it. Remove it again to go ahead.")) << frame_.text;
     EXPECT_EQ(*api_.requestsTo("/companion/accounts/k2/remove")[0].body, R"({"anyway":true})");
     api_.on("GET", "/companion/accounts", Reply::json(200, R"({"accounts":[]})"));
-    command("press Remove");
-    command("press Remove");
+    ASSERT_TRUE(commands({"press Remove", "press Remove"}));
     settle();
     EXPECT_EQ(api_.count("/companion/accounts/k2/remove"), 2u);
     text = render();
@@ -140,22 +138,17 @@ TEST_F(SectionTest, TheAddSheetSendsWhatItsWayNeedsAndForgetsTheKey) {
     ASSERT_TRUE(command("press \"Add an account…\"").accepted) << frame_.text;
     EXPECT_TRUE(has(render(), "No Claude login was found on this Mac.")) << frame_.text;
     EXPECT_TRUE(has(frame_.text, "[Add] (disabled)")) << "no login to adopt, no label";
-    ASSERT_TRUE(command("choose Way \"Use an API key\"").accepted);
-    ASSERT_TRUE(command("type \"API key\" sk-one").accepted);
-    ASSERT_TRUE(command("choose Way \"Sign in with a new account\"").accepted);
+    ASSERT_TRUE(
+        commands({"choose Way \"Use an API key\"", "type \"API key\" sk-one", "choose Way \"Sign in with a new account\""}));
     EXPECT_EQ(state_.form.key, "") << "a change of way forgets the key";
-    ASSERT_TRUE(command("choose Way \"Use an API key\"").accepted);
-    ASSERT_TRUE(command("type Label " + std::string(41, 'x')).accepted);
-    ASSERT_TRUE(command("type \"API key\" sk-two").accepted);
+    ASSERT_TRUE(commands({"choose Way \"Use an API key\"", "type Label " + std::string(41, 'x'), "type \"API key\" sk-two"}));
     EXPECT_TRUE(has(render(), "A label is at most 40 characters.")) << frame_.text;
     EXPECT_TRUE(has(frame_.text, "[Add] (disabled)"));
-    ASSERT_TRUE(command("type Label Spare").accepted);
-    ASSERT_TRUE(command("press Add").accepted) << frame_.text;
+    ASSERT_TRUE(commands({"type Label Spare", "press Add"}));
     settle();
     EXPECT_TRUE(has(render(), "Keys like that are refused.")) << "a failed add leaves the sheet open with the note";
     EXPECT_EQ(state_.form.key, "") << "and the key is gone whatever happened";
-    ASSERT_TRUE(command("type \"API key\" sk-three").accepted);
-    ASSERT_TRUE(command("press Add").accepted);
+    ASSERT_TRUE(commands({"type \"API key\" sk-three", "press Add"}));
     settle();
     EXPECT_FALSE(state_.adding);
     EXPECT_EQ(Json::parse(lastPost("/companion/accounts")), Json::parse(R"({"provider":"claude","label":"Spare","kind":"apikey","home":""})"))
@@ -167,10 +160,8 @@ TEST_F(SectionTest, TheAddSheetSendsWhatItsWayNeedsAndForgetsTheKey) {
     api_.on("POST", "/companion/accounts",
             Reply::json(201, R"({"account":{"id":"n2","provider":"claude","label":"New","kind":"login","status":"needs_login"}})"));
     api_.on("POST", "/companion/accounts/n2/login", Reply::json(200, R"({"argv":["claude","login"]})"));
-    ASSERT_TRUE(command("press \"Add an account…\"").accepted);
-    ASSERT_TRUE(command("choose Way \"Sign in with a new account\"").accepted);
-    ASSERT_TRUE(command("type Label New").accepted);
-    ASSERT_TRUE(command("press Add").accepted);
+    ASSERT_TRUE(
+        commands({"press \"Add an account…\"", "choose Way \"Sign in with a new account\"", "type Label New", "press Add"}));
     settle();
     EXPECT_TRUE(has(render(), "Sign in opens Terminal with Claude's sign-in for this account. Finish signing in there, then come back here."))
         << frame_.text;
@@ -181,10 +172,7 @@ TEST_F(SectionTest, TheAddSheetSendsWhatItsWayNeedsAndForgetsTheKey) {
     EXPECT_EQ(accounts_.rowNote["n2"], "Terminal could not be opened.");
 
     // Adopting the one codex login: the Add button needs nothing but a label.
-    ASSERT_TRUE(command("press \"Add an account…\"").accepted);
-    ASSERT_TRUE(command("choose Provider Codex").accepted);
-    ASSERT_TRUE(command("type Label Mine").accepted);
-    ASSERT_TRUE(command("press Add").accepted) << frame_.text;
+    ASSERT_TRUE(commands({"press \"Add an account…\"", "choose Provider Codex", "type Label Mine", "press Add"}));
     settle();
     EXPECT_EQ(Json::parse(lastPost("/companion/accounts"))["home"], "default");
 }
@@ -198,25 +186,20 @@ TEST_F(SectionTest, KeyAndBedrockSheetsOverAnOpenAccount) {
     api_.on("POST", "/companion/bedrock/models", Reply::json(200, R"({"models":[]})"));
     spawn(accounts_.refreshAll(false));
     settle();
-    ASSERT_TRUE(command("press AWS").accepted);
-    ASSERT_TRUE(command("press \"Add access keys…\"").accepted) << frame_.text;
+    ASSERT_TRUE(commands({"press AWS", "press \"Add access keys…\""}));
     EXPECT_TRUE(has(render(), "Access keys for AWS")) << frame_.text;
     ASSERT_TRUE(command("type \"Access key ID\" AKIA1").accepted);
     EXPECT_TRUE(has(render(), "[Save] (disabled)")) << "the secret is missing";
-    ASSERT_TRUE(command("type \"Secret access key\" s3cr3t").accepted);
-    ASSERT_TRUE(command("press Save").accepted);
+    ASSERT_TRUE(commands({"type \"Secret access key\" s3cr3t", "press Save"}));
     settle();
     EXPECT_EQ(Json::parse(*api_.requestsTo("/companion/accounts/b1/key")[0].body),
               Json::parse(R"({"accessKeyId":"AKIA1","secretAccessKey":"s3cr3t"})"));
     EXPECT_TRUE(state_.secretAccessKey.empty());
 
-    ASSERT_TRUE(command("press \"Region and model…\"").accepted) << frame_.text;
-    ASSERT_TRUE(command("type Region nowhere").accepted);
-    ASSERT_TRUE(command("press Save").accepted);
+    ASSERT_TRUE(commands({"press \"Region and model…\"", "type Region nowhere", "press Save"}));
     EXPECT_TRUE(has(render(), "A region looks like us-east-1.")) << frame_.text;
     EXPECT_EQ(api_.count("/companion/accounts/b1/bedrock"), 0u);
-    ASSERT_TRUE(command("type Region EU-NORTH-1").accepted);
-    ASSERT_TRUE(command("press Choose").accepted) << frame_.text;
+    ASSERT_TRUE(commands({"type Region EU-NORTH-1", "press Choose"}));
     settle();
     EXPECT_TRUE(has(render(), "Amazon Bedrock lists no Claude model for this region.")) << frame_.text;
     EXPECT_TRUE(has(frame_.text, "[List again]"));
@@ -225,12 +208,6 @@ TEST_F(SectionTest, KeyAndBedrockSheetsOverAnOpenAccount) {
     EXPECT_TRUE(has(render(), "Claude is not enabled there.")) << frame_.text;
     EXPECT_EQ(*api_.requestsTo("/companion/accounts/b1/bedrock")[0].body, R"({"model":"","region":"eu-north-1"})");
 }
-
-} // namespace
-} // namespace orvan
-
-namespace orvan {
-namespace {
 
 // The section stands after Phones and before Environments, and only where the host hands it a model.
 TEST(DeskWithAccounts, TheSectionStandsInItsPlaceInTheWindow) {

@@ -28,23 +28,20 @@ protected:
         api_.on("GET", "/companion/hosts", Reply::json(200, R"({"ssh":[],"hosts":[]})"));
         api_.on("POST", kAdd, Reply::json(200, R"({"steps":["Signed in","Started it"],
             "host":{"target":"box","name":"Box","computerId":"c1","user":"ann"}})"));
-        CompanionAccount work;
-        work.id = "w";
-        work.provider = "claude";
-        work.kind = "login";
-        work.portable = true;
-        CompanionAccount ci = work;
-        ci.id = "x";
-        ci.provider = "codex";
-        accounts_.list = {work, ci};
+        for (auto [id, provider] : {std::pair{"w", "claude"}, {"x", "codex"}}) {
+            CompanionAccount& a = accounts_.list.emplace_back();
+            a.id = id;
+            a.provider = provider;
+            a.kind = "login";
+            a.portable = true;
+        }
         sheet_->form.address = "box";
         sheet_->form.signIn = ComputerForm::SignIn::password;
         sheet_->form.secret = "pw 1";
     }
     void run(Task<void> task) {
         auto started = test::start(std::move(task));
-        while (!started.done() && clock_.step()) {
-        }
+        while (!started.done() && clock_.step()) {}
         ASSERT_TRUE(started.done());
     }
     Json sent(const char* path, std::size_t i) const {

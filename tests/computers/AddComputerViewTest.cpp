@@ -27,10 +27,7 @@ protected:
         EXPECT_TRUE(parsed.command) << parsed.error;
         return ui::perform(frame_.controls, *parsed.command);
     }
-    void settle() {
-        while (clock_.step()) {
-        }
-    }
+    void settle() { while (clock_.step()) {} }
 
     test::FakeClock clock_;
     test::FakeBridge api_{clock_};

@@ -30,8 +30,7 @@ protected:
     }
     void run(Task<void> task) {
         auto started = test::start(std::move(task));
-        while (!started.done() && clock_.step()) {
-        }
+        while (!started.done() && clock_.step()) {}
         ASSERT_TRUE(started.done());
     }
     Json sent(const char* path, std::size_t i) const { return *json::parse(*api_.requestsTo(path).at(i).body); }

@@ -50,13 +50,7 @@ protected:
     Hosts hosts_{api_, clock_, Environment{{"ORVAN_DIR", "/nowhere"}}};
     test::FakeDesktop desktop_;
     RecordingClipboard clipboard_;
-    CompanionHost host_ = [] {
-        CompanionHost host;
-        host.target = "lab";
-        host.name = "GPU lab";
-        host.computerId = "c-1";
-        return host;
-    }();
+    CompanionHost host_ = *decodeJson<CompanionHost>(R"({"target":"lab","name":"GPU lab","computerId":"c-1"})");
     std::unique_ptr<HostSignInSheet> sheet_ = std::make_unique<HostSignInSheet>(hosts_, host_, &desktop_, &clipboard_);
 
     std::string drawn() { return ui::TextRenderer().frame(HostSignInSheetView::build(*sheet_, [] {})).text; }
@@ -135,15 +129,13 @@ TEST_F(HostSignInSheetTest, CodesGoOutCleanAndSentencesSayWhy) {
     EXPECT_FALSE(sheet_->sending);
 
     // A start that fails says the bridge's sentence, or the fixed one.
-    api_.on("POST", "/companion/hosts/signin", Reply::json(500, R"({"message":"No SSH."})"));
-    test::start(sheet_->begin("codex"));
-    EXPECT_EQ(sheet_->step, HostSignInStep::failed("No SSH."));
-    api_.on("POST", "/companion/hosts/signin", Reply::failure());
-    test::start(sheet_->begin("codex"));
-    EXPECT_EQ(sheet_->step, HostSignInStep::failed("The bridge did not answer."));
-    api_.on("POST", "/companion/hosts/signin", Reply::json(200, "not json"));
-    test::start(sheet_->begin("codex"));
-    EXPECT_EQ(sheet_->step, HostSignInStep::failed("The sign-in did not start. Try again."));
+    for (auto [reply, sentence] : {std::pair{Reply::json(500, R"({"message":"No SSH."})"), "No SSH."},
+                                   {Reply::failure(), "The bridge did not answer."},
+                                   {Reply::json(200, "not json"), "The sign-in did not start. Try again."}}) {
+        api_.on("POST", "/companion/hosts/signin", reply);
+        test::start(sheet_->begin("codex"));
+        EXPECT_EQ(sheet_->step, HostSignInStep::failed(sentence));
+    }
     EXPECT_TRUE(run.done());
 }
 

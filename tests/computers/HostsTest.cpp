@@ -26,10 +26,10 @@ CompanionHost host(std::string target, std::optional<std::string> docker = "read
 
 class HostsTest : public testing::Test {
 protected:
+    HostsTest() { api_.on("GET", "/companion/hosts", Reply::json(200, R"({"ssh":[],"hosts":[]})")); }
     void run(Task<void> task) {
         auto started = test::start(std::move(task));
-        while (!started.done() && clock_.step()) {
-        }
+        while (!started.done() && clock_.step()) {}
         ASSERT_TRUE(started.done());
     }
     Json bodyOf(const HttpRequest& request) const { return request.body ? *json::parse(*request.body) : Json(); }
@@ -121,7 +121,6 @@ TEST_F(HostsTest, BuildImageEndsWithTheModelAndOnAFailedRead) {
 }
 
 TEST_F(HostsTest, DockerInstallAsksForSudoOn401AndOtherwiseEndsWithACheck) {
-    api_.on("GET", "/companion/hosts", Reply::json(200, R"({"ssh":[],"hosts":[]})"));
     api_.queue("POST", "/companion/hosts/docker", Reply::json(401, R"({"message":"sudo needs a password there."})"));
     run(model_->installDocker(host("box", "missing"), ""));
     EXPECT_EQ(model_->sudoFor, host("box", "missing"));
@@ -151,9 +150,10 @@ TEST_F(HostsTest, DockerInstallAsksForSudoOn401AndOtherwiseEndsWithACheck) {
 }
 
 TEST_F(HostsTest, FailuresEndInTheirSentences) {
+    using Call = std::function<Task<void>(Hosts&)>;
     struct Case {
         const char* name;
-        std::function<Task<void>(Hosts&)> call;
+        Call call;
         const char* path;
         Reply reply;
         std::function<std::string(Hosts&)> read;
@@ -161,27 +161,28 @@ TEST_F(HostsTest, FailuresEndInTheirSentences) {
     };
     auto noteOf = [](Hosts& m) { return m.note; };
     auto boxNote = [](Hosts& m) { return m.hostNote.count("box") ? m.hostNote.at("box") : "(none)"; };
+    const Call check = [](Hosts& m) { return m.check(host("box")); };
+    const Call update = [](Hosts& m) { return m.updateBridge(host("box")); };
+    const Call probe = [](Hosts& m) { return m.test(ComputerForm::startingAs("rosa")); };
     const std::vector<Case> cases{
-        {"check, no answer", [](Hosts& m) { return m.check(host("box")); }, "/companion/hosts/check", Reply::failure(),
-         boxNote, "Could not reach that computer."},
-        {"check, 502 with message", [](Hosts& m) { return m.check(host("box")); }, "/companion/hosts/check",
-         Reply::json(502, R"({"message":"box did not answer."})"), boxNote, "box did not answer."},
-        {"check, 500 without", [](Hosts& m) { return m.check(host("box")); }, "/companion/hosts/check",
-         Reply::json(500, "<html>"), boxNote, "Could not reach that computer."},
-        {"update, steps then message", [](Hosts& m) { return m.updateBridge(host("box")); }, "/companion/hosts/update",
+        {"check, no answer", check, "/companion/hosts/check", Reply::failure(), boxNote, "Could not reach that computer."},
+        {"check, 502 with message", check, "/companion/hosts/check", Reply::json(502, R"({"message":"box did not answer."})"),
+         boxNote, "box did not answer."},
+        {"check, 500 without", check, "/companion/hosts/check", Reply::json(500, "<html>"), boxNote,
+         "Could not reach that computer."},
+        {"update, steps then message", update, "/companion/hosts/update",
          Reply::json(500, R"({"steps":["Copied","Stopped"],"message":"It did not start."})"), boxNote,
          "Copied. Stopped. It did not start."},
-        {"update, nothing said", [](Hosts& m) { return m.updateBridge(host("box")); }, "/companion/hosts/update",
-         Reply::json(500, ""), boxNote, "The bridge there was not updated."},
-        {"update, no answer", [](Hosts& m) { return m.updateBridge(host("box")); }, "/companion/hosts/update",
-         Reply::failure(), boxNote, "The bridge did not answer. Check says what is there now."},
+        {"update, nothing said", update, "/companion/hosts/update", Reply::json(500, ""), boxNote,
+         "The bridge there was not updated."},
+        {"update, no answer", update, "/companion/hosts/update", Reply::failure(), boxNote,
+         "The bridge did not answer. Check says what is there now."},
         {"sandbox, 200 without sandbox", [](Hosts& m) { return m.addTools(host("box")); }, "/companion/hosts/sandbox",
          Reply::json(200, "{}"), boxNote, "The bridge there did not answer."},
-        {"test, no answer", [](Hosts& m) { return m.test(ComputerForm::startingAs("rosa")); }, "/companion/hosts/test",
-         Reply::failure("Connection refused"), noteOf, "Could not reach that computer. Connection refused"},
-        {"test, refused with message", [](Hosts& m) { return m.test(ComputerForm::startingAs("rosa")); },
-         "/companion/hosts/test", Reply::json(409, R"({"message":"The host key changed."})"), noteOf,
-         "The host key changed."},
+        {"test, no answer", probe, "/companion/hosts/test", Reply::failure("Connection refused"), noteOf,
+         "Could not reach that computer. Connection refused"},
+        {"test, refused with message", probe, "/companion/hosts/test",
+         Reply::json(409, R"({"message":"The host key changed."})"), noteOf, "The host key changed."},
         {"add, no answer",
          [](Hosts& m) {
              auto form = ComputerForm::startingAs("rosa");
@@ -197,8 +198,7 @@ TEST_F(HostsTest, FailuresEndInTheirSentences) {
     for (const auto& c : cases) {
         model_ = std::make_unique<Hosts>(api_, clock_, Environment{{"ORVAN_DIR", "/nowhere"}});
         api_.clearRequests();
-        api_.on("GET", "/companion/hosts", Reply::json(200, R"({"ssh":[],"hosts":[]})"));
-        api_.on("POST", c.path, c.reply);
+            api_.on("POST", c.path, c.reply);
         run(c.call(*model_));
         EXPECT_EQ(c.read(*model_), c.sentence) << c.name;
         EXPECT_FALSE(model_->busy) << c.name;
@@ -207,7 +207,6 @@ TEST_F(HostsTest, FailuresEndInTheirSentences) {
 }
 
 TEST_F(HostsTest, AddGivesTheHostAndTheStepsAndRemoveSaysNothing) {
-    api_.on("GET", "/companion/hosts", Reply::json(200, R"({"ssh":[],"hosts":[]})"));
     api_.on("POST", "/companion/hosts/add",
             Reply::json(200, R"({"steps":["Signed in","Copied"],"host":{"target":"box","name":"Box","computerId":"9"}})")
                 .after(1s));
@@ -216,8 +215,7 @@ TEST_F(HostsTest, AddGivesTheHostAndTheStepsAndRemoveSaysNothing) {
     auto added = test::start(model_->add(form));
     EXPECT_EQ(model_->steps, (std::vector<std::string>{"Connecting to box…"}));
     EXPECT_TRUE(model_->busy);
-    while (!added.done() && clock_.step()) {
-    }
+    while (!added.done() && clock_.step()) {}
     ASSERT_TRUE(added.done());
     ASSERT_TRUE(added.value());
     EXPECT_EQ(added.value()->target, "box");

@@ -28,19 +28,10 @@ using namespace std::chrono_literals;
 using test::Reply;
 
 TEST(RemoteRecordsTest, LinesAndBodies) {
-    struct Line {
-        std::string protocol;
-        int port;
-        std::optional<std::string> user;
-        std::string line;
-    };
-    const std::vector<Line> lines{
-        {"vnc", 5900, std::nullopt, "VNC · pi.local"},
-        {"vnc", 5901, "", "VNC · pi.local:5901"},
-        {"rdp", 5900, "rosa", "RDP · rosa at pi.local:5900"},
-        {"rdp", 3389, "rosa", "RDP · rosa at pi.local"},
-        {"spice", 5900, std::nullopt, "SPICE · pi.local"},
-    };
+    struct Line { std::string protocol; int port; std::optional<std::string> user; std::string line; };
+    const std::vector<Line> lines{{"vnc", 5900, std::nullopt, "VNC · pi.local"}, {"vnc", 5901, "", "VNC · pi.local:5901"},
+                                  {"rdp", 5900, "rosa", "RDP · rosa at pi.local:5900"}, {"rdp", 3389, "rosa", "RDP · rosa at pi.local"},
+                                  {"spice", 5900, std::nullopt, "SPICE · pi.local"}};
     for (const auto& c : lines)
         EXPECT_EQ((remote(c.protocol, c.port, c.user).line()), c.line) << c.line;
     EXPECT_FALSE(decodeJson<RemotesList>(R"({"remotes":[{"id":"r","name":"n","protocol":"vnc","host":"h","port":"5900"}]})"));
@@ -77,8 +68,7 @@ protected:
     }
     void settle(Task<void> task) {
         auto started = test::start(std::move(task));
-        while (!started.done() && clock_.step()) {
-        }
+        while (!started.done() && clock_.step()) {}
     }
     std::string render() {
         tree_ = std::make_unique<ui::Node>(RemoteDesktopsSection::build(model_, state_, [] {}));
@@ -91,8 +81,7 @@ protected:
         auto parsed = ui::parseCommand(line);
         EXPECT_TRUE(parsed.command) << parsed.error;
         auto outcome = ui::perform(frame_.controls, *parsed.command);
-        while (clock_.step()) {
-        }
+        while (clock_.step()) {}
         return outcome;
     }
     Json lastBody(const std::string& path) const { return *json::parse(*api_.requestsTo(path).back().body); }
@@ -106,10 +95,7 @@ protected:
 };
 
 TEST_F(RemotesTest, TestsSayWhyAndOnlyAGoodTestAdds) {
-    struct Case {
-        Reply reply;
-        std::string note;
-    };
+    struct Case { Reply reply; std::string note; };
     const std::vector<Case> cases{
         {Reply::json(200, R"({"ok":false,"message":"The VNC password was not accepted."})"), "The VNC password was not accepted."},
         {Reply::json(200, R"({"ok":false})"), "It could not be reached."},

@@ -19,10 +19,7 @@ protected:
 
 TEST(CompanionVersionTest, ParsesDottedWholeNumbersOnly) {
     using V = std::optional<std::vector<std::int64_t>>;
-    const struct {
-        const char* text;
-        V parts;
-    } cases[] = {
+    const struct { const char* text; V parts; } cases[] = {
         {"1.2", V({1, 2})}, {" 010.2\n", V({10, 2})}, {"1.2.0", V({1, 2, 0})}, {"7", V(std::vector<std::int64_t>{7})}, {"9223372036854775807", V(std::vector<std::int64_t>{INT64_MAX})},
         {"9223372036854775808", {}}, {"1..2", {}}, {"1.", {}}, {"1.2-beta", {}}, {"v1.2", {}}, {" ", {}}, {"", {}},
     };
@@ -52,10 +49,7 @@ TEST_F(ConsentTest, PresetAndLoadFollowTheVersionUntilAnAnswerIsStored) {
 }
 
 TEST_F(ConsentTest, AllowedRefusedAllowsAndAskingByStoredValues) {
-    const struct {
-        std::optional<Json> on, answered;
-        bool allowed, refused, allows, asks;
-    } cases[] = {
+    const struct { std::optional<Json> on, answered; bool allowed, refused, allows, asks; } cases[] = {
         {{}, {}, false, false, false, true},
         {Json(true), Json(2), true, false, true, false},
         {Json(false), Json(2), false, true, false, false},
@@ -94,11 +88,7 @@ TEST_F(ConsentTest, AnswerStoresTheCurrentRevisionAndTellsObservers) {
 
 TEST(ConsentSyncTest, SaysWhatTheBridgeLacks) {
     using B = std::optional<bool>;
-    const struct {
-        B bridge;
-        bool owner, refused;
-        B bridgeAnswered, said;
-    } cases[] = {
+    const struct { B bridge; bool owner, refused; B bridgeAnswered, said; } cases[] = {
         {{}, true, false, {}, {}},
         {{}, false, true, false, {}},
         {true, false, true, true, false},

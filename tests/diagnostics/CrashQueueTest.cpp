@@ -40,9 +40,7 @@ TEST(CrashQueueTest, NeverHoldsMoreThanTheLimitAndRepeatsOnlyCount) {
 }
 
 TEST(CrashQueueTest, MergedCountIsCappedAndTheLaterTimeWins) {
-    const struct {
-        std::int64_t oldCount, newCount, oldAt, newAt, count, at;
-    } cases[] = {
+    const struct { std::int64_t oldCount, newCount, oldAt, newAt, count, at; } cases[] = {
         {999'999, 5, 10, 20, 1'000'000, 20},
         {1, 1, 50, 20, 2, 50}, // a report that arrived late keeps the newer time
         {1'000'000, 1'000'000, 7, 7, 1'000'000, 7},

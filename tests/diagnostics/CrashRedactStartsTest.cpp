@@ -66,11 +66,7 @@ TEST(CrashRedactStarts, EveryRuleMatchesTheEngineTryingEverywhere) {
 // Shapes a scanner must get right at its edges: a run cut by a folding letter, a key word spelt
 // with one, a match at the very start, two quoted phrases sharing a space.
 TEST(CrashRedactStarts, EdgesOfTheScanners) {
-    struct Case {
-        int rule;
-        std::string in;
-        std::string out;
-    };
+    struct Case { int rule; std::string in; std::string out; };
     for (const Case& c : std::vector<Case>{
              {3, "1abc://x y", "1<url> y"},
              {3, "+.://x 9a.b://y", "+.://x 9<url>"},

@@ -184,11 +184,7 @@ TEST(CrashReport, ReadingBackIsStrict) {
         R"({"v":1,"source":"companion","kind":"crash","signature":"ab","version":"1","frames":[{"binary":"U","offset":3}],"count":2,"at":5})";
     ASSERT_TRUE(CrashReport::read(good));
     EXPECT_EQ(CrashReport::read(good)->frames[0].offset, 3);
-    struct Case {
-        const char* name;
-        std::string from;
-        std::string to;
-    };
+    struct Case { const char* name; std::string from; std::string to; };
     for (const Case& c : std::vector<Case>{
              {"missing version", R"("version":"1",)", ""},
              {"missing frames", R"("frames":[{"binary":"U","offset":3}],)", ""},

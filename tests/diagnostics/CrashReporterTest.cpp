@@ -35,8 +35,7 @@ DiagnosticPayload crashes(std::vector<int> codes) {
 
 class CrashReporterTest : public testing::Test {
 protected:
-    void SetUp() override { allow(); }
-    void allow() {
+    void SetUp() override {
         defaults_->set(Consent::onKey, true);
         defaults_->set(Consent::answeredKey, 2);
     }
@@ -61,17 +60,8 @@ protected:
     }
     void runPass() {
         auto started = test::start(reporter().pass());
-        while (!started.done() && clock_.step()) {
-        }
+        while (!started.done() && clock_.step()) {}
         ASSERT_TRUE(started.done());
-    }
-    // Answers each report by its signal.
-    void answerBySignal(std::map<int, Reply> replies) {
-        api_.on("POST", CrashReporter::reportPath, [replies](const HttpRequest& request) {
-            auto report = CrashReport::read(*request.body);
-            auto it = report ? replies.find(static_cast<int>(*report->exception->signal)) : replies.end();
-            return it == replies.end() ? Reply::empty(204) : it->second;
-        });
     }
 
     test::TempFolder temp_;
@@ -116,7 +106,11 @@ TEST_F(CrashReporterTest, EachAnswerDecidesWhetherTheWalkGoesOn) {
         std::filesystem::remove(CrashReporter::queueFile(environment_));
         api_.clearRequests();
         take({1, 2, 3, 4});
-        answerBySignal({{2, c.second}});
+        // The second report gets the answer under test; the others are taken.
+        api_.on("POST", CrashReporter::reportPath, [&c](const HttpRequest& request) {
+            auto report = CrashReport::read(*request.body);
+            return report && report->exception->signal == 2 ? c.second : Reply::empty(204);
+        });
         runPass();
         EXPECT_EQ(queued(), c.left) << c.name;
         EXPECT_EQ(api_.count(CrashReporter::reportPath), c.posts) << c.name;
@@ -166,8 +160,7 @@ TEST_F(CrashReporterTest, SecondPassEndsAtOnceAndAReportArrivingDuringTheWalkSur
     EXPECT_TRUE(second.done());
     EXPECT_EQ(api_.count(CrashReporter::reportPath), 1u);
     take({3});
-    while (!first.done() && clock_.step()) {
-    }
+    while (!first.done() && clock_.step()) {}
     ASSERT_TRUE(first.done());
     EXPECT_EQ(queued(), (std::vector<std::int64_t>{3}));
     EXPECT_EQ(api_.count(CrashReporter::reportPath), 2u);
@@ -189,7 +182,6 @@ TEST_F(CrashReporterTest, HandOverWaitsTenMinutesUnlessForced) {
 }
 
 TEST_F(CrashReporterTest, IntakeFromAnotherThreadIsNeverLostToAPass) {
-    api_.on("POST", CrashReporter::reportPath, Reply::empty(204));
     std::set<std::string> sent;
     api_.on("POST", CrashReporter::reportPath, [&](const HttpRequest& r) {
         sent.insert(CrashReport::read(*r.body)->signature);
@@ -224,8 +216,7 @@ protected:
     void status(const char* json) {
         api_.on("GET", "/companion/status", Reply::json(200, json));
         auto started = test::start(bridge_->refresh());
-        while (!started.done() && clock_.step()) {
-        }
+        while (!started.done() && clock_.step()) {}
     }
     std::vector<bool> told() {
         std::vector<bool> out;
@@ -254,11 +245,7 @@ TEST_F(StatusFoldTest, TellsTheBridgeOncePerMinuteUnlessTheConsentChanged) {
 }
 
 TEST_F(StatusFoldTest, HandsOverOnlyWhenBothSidesAllow) {
-    const struct {
-        const char* status;
-        bool owner;
-        std::size_t posts;
-    } cases[] = {
+    const struct { const char* status; bool owner; std::size_t posts; } cases[] = {
         {R"({"diagnostics":false})", true, 0},
         {R"({})", true, 0},
         {R"({"diagnostics":true})", false, 0},

@@ -25,11 +25,7 @@ int depthOf(const Json& j) {
 }
 
 TEST(CrashTree, ShallowGuardsDepthAndRespectsStrings) {
-    struct Case {
-        const char* name;
-        std::string in;
-        std::string out;
-    };
+    struct Case { const char* name; std::string in; std::string out; };
     const std::string deep480 = std::string(480, '[') + std::string(480, ']');
     for (const Case& c : std::vector<Case>{
              {"flat passes as is", R"({"a":[1,2,{"b":"c"}]})", R"({"a":[1,2,{"b":"c"}]})"},
@@ -120,11 +116,7 @@ TEST(CrashTree, OneBudgetOf200FramesServesTheWholeTree) {
 }
 
 TEST(CrashTree, PathFollowsTheHeaviestFrame) {
-    struct Case {
-        const char* name;
-        std::string tree;
-        std::vector<std::int64_t> offsets;
-    };
+    struct Case { const char* name; std::string tree; std::vector<std::int64_t> offsets; };
     const auto f = [](int offset, const std::string& weight, const std::string& sub = "") { return frame(offset, weight, sub); };
     for (const Case& c : std::vector<Case>{
              {"heaviest wins", R"({"callStacks":[{"callStackRootFrames":[)" + f(1, "1") + "," + f(2, "5", f(3, "")) + "]}]}",

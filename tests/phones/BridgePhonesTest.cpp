@@ -44,10 +44,7 @@ protected:
 };
 
 TEST_F(BridgePhones, RoleChangesSayWhyTheyFailedAndAlwaysReadTheStatusAgain) {
-    struct Case {
-        Reply answer;
-        const char* note;
-    } cases[] = {
+    struct Case { Reply answer; const char* note; } cases[] = {
         {Reply::empty(204), ""},
         {Reply::json(200, "{}"), ""},
         {Reply::json(409, R"({"error":"last_owner","message":"x"})"),
@@ -68,11 +65,7 @@ TEST_F(BridgePhones, RoleChangesSayWhyTheyFailedAndAlwaysReadTheStatusAgain) {
 }
 
 TEST_F(BridgePhones, OnlyA204RemovesAndAFailureReadsNothing) {
-    struct Case {
-        Reply answer;
-        const char* note;
-        std::size_t reads;
-    } cases[] = {
+    struct Case { Reply answer; const char* note; std::size_t reads; } cases[] = {
         {Reply::json(200, "{}"), "That iPhone is still approved.", 0},
         {Reply::json(503, ""), "That iPhone is still approved. Try again in a moment.", 0},
         {Reply::failure(), "That iPhone is still approved.", 0},

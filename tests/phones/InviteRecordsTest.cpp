@@ -19,34 +19,15 @@ const Calendar berlin{"en_US", "Europe/Berlin"};
 const TimePoint lateEvening = TimePoint{} + 1'800'000'000s + 14h + 59min;
 
 TEST(InviteLinkShareable, OnlyAnHttpsLinkWithAHostAndAVersionedFragmentIsShown) {
-    struct Case {
-        const char* link;
-        std::optional<std::string> shown;
-    } cases[] = {
-        {" https://host/x#v1.abc\n", "https://host/x#v1.abc"},
-        {"https://join.orvan.example/i/7f#v1.Ab-_9", "https://join.orvan.example/i/7f#v1.Ab-_9"},
-        {"http://host/x#v1.abc", std::nullopt},
-        {"HTTPS://host/x#v1.abc", std::nullopt},
-        {"ftp://host/x#v1.abc", std::nullopt},
-        {"javascript:alert(1)//#v1.abc", std::nullopt},
-        {"https://host/x", std::nullopt},
-        {"https://host/x#", std::nullopt},
-        {"https://host/x#v2.abc", std::nullopt},
-        {"https://host/x#V1.abc", std::nullopt},
-        {"https:///x#v1.abc", std::nullopt},
-        {"https:/x#v1.abc", std::nullopt},
-        {"https://user@host/x#v1.abc", std::nullopt},
-        {"https://host.example@evil.example/x#v1.abc", std::nullopt},
-        {"https://user:pw@host/x#v1.abc", std::nullopt},
-        {"https://ho st/x#v1.abc", std::nullopt},
-        {"https://host/a b#v1.abc", std::nullopt},
-        {"https://host/x#v1.a\tb", std::nullopt},
-        {"https://h\u00f6st.example/x#v1.abc", std::nullopt},
-        {"https://\u0430pple.com/x#v1.abc", std::nullopt},
-        {"https://host/x#v1.abc\x01", std::nullopt},
-        {"", std::nullopt},
-    };
-    for (const auto& c : cases) EXPECT_EQ(InviteLink::shareable(c.link), c.shown) << c.link;
+    EXPECT_EQ(InviteLink::shareable(" https://host/x#v1.abc\n"), "https://host/x#v1.abc");
+    EXPECT_EQ(InviteLink::shareable("https://join.orvan.example/i/7f#v1.Ab-_9"), "https://join.orvan.example/i/7f#v1.Ab-_9");
+    for (const char* link :
+         {"http://host/x#v1.abc", "HTTPS://host/x#v1.abc", "ftp://host/x#v1.abc", "javascript:alert(1)//#v1.abc",
+          "https://host/x", "https://host/x#", "https://host/x#v2.abc", "https://host/x#V1.abc", "https:///x#v1.abc",
+          "https:/x#v1.abc", "https://user@host/x#v1.abc", "https://host.example@evil.example/x#v1.abc",
+          "https://user:pw@host/x#v1.abc", "https://ho st/x#v1.abc", "https://host/a b#v1.abc", "https://host/x#v1.a\tb",
+          "https://h\u00f6st.example/x#v1.abc", "https://\u0430pple.com/x#v1.abc", "https://host/x#v1.abc\x01", ""})
+        EXPECT_EQ(InviteLink::shareable(link), std::nullopt) << link;
 }
 
 TEST(InviteDraftProblem, MembersAreNeverStoppedGuestsNeedAPickWithinBoundsAndAFutureEnd) {
@@ -64,10 +45,7 @@ TEST(InviteDraftProblem, MembersAreNeverStoppedGuestsNeedAPickWithinBoundsAndAFu
     InviteDraft guestToday = picked(1, 0), guestYesterday = picked(0, 1), guestTooMany = picked(65, 0);
     guestToday.end = GuestEnd::date(today);
     guestYesterday.end = GuestEnd::date(Day{2027, 1, 14});
-    struct Case {
-        InviteDraft draft;
-        std::optional<std::string> problem;
-    } cases[] = {
+    struct Case { InviteDraft draft; std::optional<std::string> problem; } cases[] = {
         {memberPast, std::nullopt},
         {picked(0, 0), "Pick at least one project or session."},
         {guestTooMany, "Pick at most 64 projects and 64 sessions."},

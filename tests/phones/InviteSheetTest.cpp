@@ -1,14 +1,14 @@
+#include "appearance/Swatch.h"
+#include "appearance/ThemeCatalog.h"
 #include "fakes/FakeBridge.h"
 #include "fakes/FakeClock.h"
 #include "fakes/FakeProcesses.h"
 #include "phones/InviteSheet.h"
 #include "phones/InviteSheetView.h"
+#include "phones/InviteWords.h"
+#include "phones/PhoneInvite.h"
 #include "phones/PhonesViewState.h"
 #include "ui/TextRenderer.h"
-#include "phones/PhoneInvite.h"
-#include "appearance/Swatch.h"
-#include "phones/InviteWords.h"
-#include "appearance/ThemeCatalog.h"
 
 #include <gtest/gtest.h>
 
@@ -50,15 +50,14 @@ protected:
 };
 
 TEST_F(InviteSheetTest, MakeWalksItsStepsToAPictureALinkOrASentence) {
-    const std::string made = R"({"id":"i 1","link":")" + std::string(kLink) + R"(","kind":"KIND"})";
-    auto madeAs = [&](const char* kind) {
-        std::string body = made;
-        body.replace(body.find("KIND"), 4, kind);
-        return body;
+    auto made = [](const std::string& kind) {
+        return Reply::json(200, R"({"id":"i 1","link":")" + std::string(kLink) + R"(","kind":")" + kind + R"("})");
     };
+    const char* older = "This Mac's bridge is older and cannot make this invite. Update Orvan Companion.";
+    const char* unread = "The invite was made, but its code could not be read.";
+    const auto png = Reply::json(200, codePng());
     struct Case {
         const char* name;
-        InviteRole role;
         InviteKind kind;
         Reply make;
         std::optional<Reply> picture;      // for the made invite's id
@@ -67,30 +66,24 @@ TEST_F(InviteSheetTest, MakeWalksItsStepsToAPictureALinkOrASentence) {
         bool handedOver;
         bool listed; // the unused invites were read after the make
     } cases[] = {
-        {"transport", InviteRole::member, InviteKind::qr, Reply::failure(), {}, {}, "The bridge did not make an invite.", false, false},
-        {"429 with words", InviteRole::member, InviteKind::link, Reply::json(429, R"({"message":"Slow down."})"), {}, {}, "Slow down.", false, false},
-        {"503 bare", InviteRole::member, InviteKind::qr, Reply::json(503, ""), {}, {}, "The bridge did not make an invite.", false, false},
-        {"older, member QR", InviteRole::member, InviteKind::qr, Reply::empty(204), {}, Reply::json(200, codePng()), "", true, false},
-        {"older, no picture", InviteRole::member, InviteKind::qr, Reply::empty(204), {}, Reply::json(404, ""),
-         "This Mac's bridge is older and cannot make this invite. Update Orvan Companion.", false, false},
-        {"older, link", InviteRole::member, InviteKind::link, Reply::json(200, "{}"), {}, Reply::json(200, codePng()),
-         "This Mac's bridge is older and cannot make this invite. Update Orvan Companion.", false, false},
-        {"QR", InviteRole::member, InviteKind::qr, Reply::json(200, madeAs("qr")), Reply::json(200, codePng()), {}, "", true, true},
-        {"QR not a PNG", InviteRole::member, InviteKind::qr, Reply::json(200, madeAs("qr")), Reply::json(200, "GIF89a"), {},
-         "The invite was made, but its code could not be read.", false, true},
-        {"QR broken PNG", InviteRole::member, InviteKind::qr, Reply::json(200, madeAs("qr")),
-         Reply::json(200, codePng().substr(0, 40)), {}, "The invite was made, but its code could not be read.", false, true},
-        {"QR picture lost", InviteRole::member, InviteKind::qr, Reply::json(200, madeAs("qr")), Reply::failure(), {},
-         "The invite was made, but its code could not be read.", false, true},
-        {"link", InviteRole::member, InviteKind::link, Reply::json(200, madeAs("link")), {}, {}, "", true, true},
-        {"link downgraded", InviteRole::member, InviteKind::link,
-         Reply::json(200, R"({"id":"i 1","link":"http://join.orvan.example/i#v1.s"})"), {}, {},
-         "The invite was made, but its link could not be read.", false, true},
+        {"transport", InviteKind::qr, Reply::failure(), {}, {}, "The bridge did not make an invite.", false, false},
+        {"429 with words", InviteKind::link, Reply::json(429, R"({"message":"Slow down."})"), {}, {}, "Slow down.", false, false},
+        {"503 bare", InviteKind::qr, Reply::json(503, ""), {}, {}, "The bridge did not make an invite.", false, false},
+        {"older, member QR", InviteKind::qr, Reply::empty(204), {}, png, "", true, false},
+        {"older, no picture", InviteKind::qr, Reply::empty(204), {}, Reply::json(404, ""), older, false, false},
+        {"older, link", InviteKind::link, Reply::json(200, "{}"), {}, png, older, false, false},
+        {"QR", InviteKind::qr, made("qr"), png, {}, "", true, true},
+        {"QR not a PNG", InviteKind::qr, made("qr"), Reply::json(200, "GIF89a"), {}, unread, false, true},
+        {"QR broken PNG", InviteKind::qr, made("qr"), Reply::json(200, codePng().substr(0, 40)), {}, unread, false, true},
+        {"QR picture lost", InviteKind::qr, made("qr"), Reply::failure(), {}, unread, false, true},
+        {"link", InviteKind::link, made("link"), {}, {}, "", true, true},
+        {"link downgraded", InviteKind::link, Reply::json(200, R"({"id":"i 1","link":"http://join.orvan.example/i#v1.s"})"), {},
+         {}, "The invite was made, but its link could not be read.", false, true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         sheet_ = std::make_unique<InviteSheet>(bridge_, Calendar{"en_US", "UTC"});
-        sheet_->draft.role = c.role;
+        ASSERT_EQ(sheet_->draft.role, InviteRole::member);
         api_.queue("POST", PhoneInvite::make, c.make);
         if (c.picture) api_.queue("GET", PhoneInvite::png("i 1"), *c.picture);
         if (c.olderPicture) api_.queue("GET", PhoneInvite::code, *c.olderPicture);
@@ -179,12 +172,6 @@ TEST_F(InviteSheetTest, TheScopeIsReadForAGuestAndSaysWhenItCannotBe) {
     EXPECT_EQ(api_.requestsTo(PhoneInvite::scope).back().timeout, 15s);
 }
 
-} // namespace
-} // namespace orvan
-
-namespace orvan {
-namespace {
-
 struct KeptClipboard final : Clipboard {
     std::vector<std::pair<std::string, bool>> puts;
     bool works = true;
@@ -234,12 +221,6 @@ TEST_F(InviteSheetTest, OnlyAGoodLinkIsCopiedConcealedOrMailed) {
     EXPECT_FALSE(sheet_->copied);
     EXPECT_EQ(sheet_->note, "The link could not be copied: there is no clipboard here.");
 }
-
-} // namespace
-} // namespace orvan
-
-namespace orvan {
-namespace {
 
 TEST_F(InviteSheetTest, RepliesOffOffersNoModeWhileOnItOffersOneAndWarnsOfReplying) {
     sheet_->draft.role = InviteRole::guest;

@@ -73,11 +73,7 @@ TEST(JoinRequestTest, ListsStepOverBadRowsAndLooseFields) {
 
 TEST(JoinQueueTest, TakeOpensForWhatIsNewAndClosesWhenTheLastGoes) {
     const auto a = join("a"), a2 = join("a", "9999"), b = join("b");
-    struct Case {
-        const char* what;
-        std::vector<JoinRequest> joins;
-        JoinStep step;
-    } sequence[] = {
+    struct Case { const char* what; std::vector<JoinRequest> joins; JoinStep step; } sequence[] = {
         {"empty first read", {}, JoinStep::stay},
         {"a new request", {a}, JoinStep::open},
         {"the same again", {a}, JoinStep::stay},
@@ -98,10 +94,7 @@ TEST(JoinWordsTest, SeenNamesWhatItCanAndCountsTheRest) {
     ScopeNames names;
     names.projects = {{"p1", "Alpha"}, {"p2", "Beta"}};
     names.sessions = {{"s1", "Login fix"}};
-    struct Case {
-        std::vector<std::string> projects, sessions;
-        const char* line;
-    } cases[] = {
+    struct Case { std::vector<std::string> projects, sessions; const char* line; } cases[] = {
         {{}, {}, "Sees no project or session."},
         {{"p1"}, {}, "Sees only Alpha."},
         {{"p1", "p2"}, {"x", "y", "z"}, "Sees only Alpha, Beta and 3 more sessions."},
@@ -128,10 +121,7 @@ TEST(JoinWordsTest, SeesFollowsTheRoleTheModeAndTheEnd) {
     };
     JoinRequest member = join("m");
     member.role = "owner"; // anything but "guest" reads as a member
-    struct Case {
-        JoinRequest join;
-        std::vector<std::string> lines;
-    } cases[] = {
+    struct Case { JoinRequest join; std::vector<std::string> lines; } cases[] = {
         {member, {InviteWords::member}},
         {guest("watch", std::nullopt), {"Sees only 1 project.", InviteWords::watches, "Never answers permission prompts."}},
         {guest("reply", now + 72h),

@@ -94,11 +94,7 @@ TEST_F(JoinsModel, AnswersCarryWhatWasShownAndSayWhyTheyFailed) {
     waiting(joinRow("a", "1234"));
     poll();
     const JoinRequest shown = bridge_->joins.at(0);
-    struct Case {
-        Reply reply;
-        bool approve;
-        const char* note;
-    } cases[] = {
+    struct Case { Reply reply; bool approve; const char* note; } cases[] = {
         {Reply::empty(204), true, ""},
         {Reply::json(409, R"({"error":"join_changed","message":"stale"})"), true, JoinApprovals::changed},
         {Reply::json(409, R"({"error":"other","message":"Not now."})"), true, "Not now."},

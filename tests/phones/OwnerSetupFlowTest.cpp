@@ -22,40 +22,23 @@ OwnerSetupAnswer answer(int status, std::string error = {}, std::optional<TimePo
 
 // One flow per phase, with the flags that phase has on the way there.
 std::map<std::string, OwnerSetupFlow> flows() {
-    auto made = [] {
-        OwnerSetupFlow f;
-        f.start();
+    std::map<std::string, OwnerSetupFlow> out;
+    // The flow named `from`, after `event`.
+    auto after = [&](const std::string& from, auto event) {
+        OwnerSetupFlow f = out.at(from);
+        event(f);
         return f;
     };
-    std::map<std::string, OwnerSetupFlow> out;
-    out["making"] = made();
-    OwnerSetupFlow reading = made();
-    reading.made(answer(200, {}, expires), t0);
-    out["reading"] = reading;
-    OwnerSetupFlow showing = reading;
-    showing.codeRead(answer(200), true);
-    out["showing"] = showing;
-    OwnerSetupFlow busy = reading;
-    busy.codeRead(answer(503, "busy"), false);
-    out["problem, can retry"] = busy;
-    OwnerSetupFlow owned = made();
-    owned.made(answer(409, "owner_exists"), t0);
-    out["problem, final"] = owned;
-    OwnerSetupFlow ending = showing;
-    ending.close();
-    out["ending"] = ending;
-    OwnerSetupFlow endingMaking = made();
-    endingMaking.close();
-    out["ending, make in flight"] = endingMaking;
-    OwnerSetupFlow over = reading;
-    over.codeRead(answer(404), false);
-    out["over"] = over;
-    OwnerSetupFlow added = showing;
-    added.checked(OwnerSetupStatus{false, false}, t0);
-    out["added"] = added;
-    OwnerSetupFlow closed = added;
-    closed.close();
-    out["closed"] = closed;
+    out["making"].start();
+    out["reading"] = after("making", [](auto& f) { f.made(answer(200, {}, expires), t0); });
+    out["showing"] = after("reading", [](auto& f) { f.codeRead(answer(200), true); });
+    out["problem, can retry"] = after("reading", [](auto& f) { f.codeRead(answer(503, "busy"), false); });
+    out["problem, final"] = after("making", [](auto& f) { f.made(answer(409, "owner_exists"), t0); });
+    out["ending"] = after("showing", [](auto& f) { f.close(); });
+    out["ending, make in flight"] = after("making", [](auto& f) { f.close(); });
+    out["over"] = after("reading", [](auto& f) { f.codeRead(answer(404), false); });
+    out["added"] = after("showing", [](auto& f) { f.checked(OwnerSetupStatus{false, false}, t0); });
+    out["closed"] = after("added", [](auto& f) { f.close(); });
     return out;
 }
 
@@ -82,11 +65,7 @@ const std::map<std::string, Event>& events() {
     return all;
 }
 
-struct Outcome {
-    Kind phase;
-    Step step;
-    bool mayBeLive;
-};
+struct Outcome { Kind phase; Step step; bool mayBeLive; };
 
 TEST(OwnerSetupFlowTest, EveryPhaseAgainstEveryEvent) {
     const Step nothing = Step::nothing();
@@ -142,11 +121,7 @@ TEST(OwnerSetupFlowTest, EveryPhaseAgainstEveryEvent) {
 }
 
 TEST(OwnerSetupFlowTest, ProblemsAndTheirWords) {
-    struct Case {
-        OwnerSetupAnswer answer;
-        const char* words;
-        bool retry;
-    } cases[] = {
+    struct Case { OwnerSetupAnswer answer; const char* words; bool retry; } cases[] = {
         {{503, "busy", "m", {}}, "This Mac could not end its earlier code yet. Try again in a moment.", true},
         {{503, "down", "The bridge is restarting.", {}}, "The bridge is restarting.", true},
         {{429, "", "", {}}, "Too many invites are waiting. Cancel one, then try again.", true},

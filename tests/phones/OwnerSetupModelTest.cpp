@@ -155,10 +155,7 @@ TEST_F(OwnerSetup, TheButtonShowsOnlyWhileTheBridgeOffersSetup) {
     button.start();
     clock_.advance(0ms);
     EXPECT_TRUE(button.available);
-    struct Case {
-        Reply reply;
-        bool available;
-    } cases[] = {{Reply::json(200, R"({"available":false})"), false},
+    struct Case { Reply reply; bool available; } cases[] = {{Reply::json(200, R"({"available":false})"), false},
                  {Reply::json(200, R"({"available":true})"), true},
                  {Reply::json(200, R"({"live":true})"), false},
                  {Reply::json(500, R"({"available":true})"), false},

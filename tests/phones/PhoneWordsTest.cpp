@@ -17,11 +17,7 @@ CompanionPhone phone(std::string id, std::optional<std::string> role, std::optio
 }
 
 TEST(RoleUnchanged, TheBridgesErrorWordsWinOverEveryStatus) {
-    struct Case {
-        std::optional<int> status;
-        std::optional<std::string> body;
-        const char* said;
-    } cases[] = {
+    struct Case { std::optional<int> status; std::optional<std::string> body; const char* said; } cases[] = {
         {503, R"({"error":"last_owner"})", "That's this Mac's only owner. Make another of your devices an owner first."},
         {404, R"({"error":"screen_shared","message":"x"})", "Stop sharing this Mac's screen first, then change the role here."},
         {503, R"({"error":"not_found"})", "The role did not change. That device is no longer on this Mac."},
@@ -87,11 +83,7 @@ TEST(PhoneOffers, WhoMayBePromotedDemotedAndWhatRemovalSays) {
 
 TEST(GuestExtendEnds, ALiveEndMovesFromItselfAPassedOneFromNow) {
     const TimePoint now = TimePoint{} + 1'800'000'000s;
-    struct Case {
-        std::optional<TimePoint> current;
-        int days;
-        TimePoint expected;
-    } cases[] = {
+    struct Case { std::optional<TimePoint> current; int days; TimePoint expected; } cases[] = {
         {now + 3600s, 1, now + 3600s + 86400s},
         {now - 86400s, 1, now + 86400s},
         {now, 7, now + 7 * 86400s},
