@@ -5,7 +5,6 @@
 #include "Routes.h"
 
 #include <algorithm>
-#include <cctype>
 #include <optional>
 #include <random>
 #include <vector>
@@ -66,21 +65,6 @@ struct Invites {
 Invites& invites() {
     static Invites kept;
     return kept;
-}
-
-// Ids arrive escaped as one path segment or query value; only %XX escapes are undone.
-std::string unescaped(const std::string& raw) {
-    std::string out;
-    for (std::size_t i = 0; i < raw.size(); ++i) {
-        if (raw[i] == '%' && i + 2 < raw.size() && std::isxdigit(static_cast<unsigned char>(raw[i + 1])) &&
-            std::isxdigit(static_cast<unsigned char>(raw[i + 2]))) {
-            out.push_back(static_cast<char>(std::stoi(raw.substr(i + 1, 2), nullptr, 16)));
-            i += 2;
-        } else {
-            out.push_back(raw[i]);
-        }
-    }
-    return out;
 }
 
 bool open(const Invite& invite, TimePoint now) { return !invite.used && !invite.cancelled && invite.expires > now; }
@@ -183,7 +167,7 @@ Reply code(Invites& s, const std::string& target, TimePoint now) {
         s.all.push_back(invite);
         return picture(invite);
     }
-    const std::string id = unescaped(target.substr(query + 4));
+    const std::string id = Routes::unescaped(target.substr(query + 4));
     Invite* invite = s.find(id);
     if (!invite || !open(*invite, now)) return Reply::message(404, "That invite is used, cancelled or over.");
     return picture(*invite);
@@ -236,7 +220,7 @@ Reply answer(Sim&, const std::string& method, const std::string& target, const s
         return Reply::message(404, "Nothing is served at " + path + ".");
     if (method != "POST") return wrongMethod();
     if (!Routes::object(body, true)) return Reply::message(400, "The request body was not a JSON object.");
-    return cancel(s, unescaped(rest.substr(0, slash)), now);
+    return cancel(s, Routes::unescaped(rest.substr(0, slash)), now);
 }
 
 void settle(Sim& sim, TimePoint now) {

@@ -3,8 +3,6 @@
 #include "JoinState.h"
 #include "Routes.h"
 
-#include <cctype>
-
 namespace orvan::sim::JoinRoutes {
 
 using nlohmann::json;
@@ -12,20 +10,6 @@ using nlohmann::json;
 namespace {
 
 constexpr const char* listPath = "/local/joins";
-
-std::string unescaped(const std::string& raw) {
-    std::string out;
-    for (std::size_t i = 0; i < raw.size(); ++i) {
-        if (raw[i] == '%' && i + 2 < raw.size() && std::isxdigit(static_cast<unsigned char>(raw[i + 1])) &&
-            std::isxdigit(static_cast<unsigned char>(raw[i + 2]))) {
-            out.push_back(static_cast<char>(std::stoi(raw.substr(i + 1, 2), nullptr, 16)));
-            i += 2;
-        } else {
-            out.push_back(raw[i]);
-        }
-    }
-    return out;
-}
 
 std::string text(const json& body, const char* key) {
     return body.contains(key) && body[key].is_string() ? body[key].get<std::string>() : std::string();
@@ -67,7 +51,7 @@ Reply answer(Sim& sim, const std::string& method, const std::string& path, const
     if (method != "POST") return Reply::message(405, method + " is not how " + path + " is used.");
     auto parsed = Routes::object(body, false);
     if (!parsed) return Reply::message(400, "The request body was not a JSON object.");
-    return decide(sim, unescaped(rest.substr(0, slash)), verb == "approve", *parsed, now);
+    return decide(sim, Routes::unescaped(rest.substr(0, slash)), verb == "approve", *parsed, now);
 }
 
 bool ownsControl(const std::string& name) { return name == "join-code"; }

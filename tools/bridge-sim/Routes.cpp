@@ -12,6 +12,7 @@
 #include "SignInRoutes.h"
 #include "SandboxRoutes.h"
 #include "TunnelRoutes.h"
+#include <cctype>
 #include <functional>
 #include <vector>
 
@@ -58,6 +59,20 @@ const std::vector<Route>& table() {
 }
 
 } // namespace
+
+std::string unescaped(const std::string& raw) {
+    std::string out;
+    for (std::size_t i = 0; i < raw.size(); ++i) {
+        if (raw[i] == '%' && i + 2 < raw.size() && std::isxdigit(static_cast<unsigned char>(raw[i + 1])) &&
+            std::isxdigit(static_cast<unsigned char>(raw[i + 2]))) {
+            out.push_back(static_cast<char>(std::stoi(raw.substr(i + 1, 2), nullptr, 16)));
+            i += 2;
+        } else {
+            out.push_back(raw[i]);
+        }
+    }
+    return out;
+}
 
 std::optional<json> object(const std::string& body, bool emptyIsObject) {
     if (body.empty() && emptyIsObject) return json::object();

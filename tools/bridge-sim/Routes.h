@@ -18,4 +18,7 @@ std::string wrongShape(const std::string& path);
 // Parses a request body as a JSON object; an empty body counts as {} where `emptyIsObject`.
 std::optional<nlohmann::json> object(const std::string& body, bool emptyIsObject);
 
+// An id as it arrives in one path segment or query value: only %XX escapes are undone.
+std::string unescaped(const std::string& raw);
+
 } // namespace orvan::sim::Routes

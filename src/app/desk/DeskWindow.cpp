@@ -24,19 +24,23 @@ namespace orvan::app {
 namespace {
 // The bundle's share folder, beside bin/ wherever the folder was put.
 QString bundleShare() { return QCoreApplication::applicationDirPath() + QStringLiteral("/../share"); }
+// Where a window of the scene opens the first time, how small it may get, and where its size is kept.
+ui::qt::WindowSetup setupFor(const Scenes::Scene& scene, const Environment& environment) {
+    ui::qt::WindowSetup shape;
+    shape.id = scene.id;
+    shape.title = scene.title;
+    shape.minimumSize = QSize(scene.minimumWidth, scene.minimumHeight);
+    shape.defaultSize = QSize(scene.defaultWidth, scene.defaultHeight);
+    shape.defaults = UserDefaults::domain(AppInfo::bundleId, environment);
+    return shape;
+}
 } // namespace
 
 DeskWindow::DeskWindow(Companion& companion, ThemeStore& themes) : companion_(companion), themes_(themes) {
     companion_.useClipboard(std::make_unique<QtClipboard>());
     companion_.useFilePicker(std::make_unique<QtFilePicker>());
     companion_.desktop().onActivate([this] { show(); });
-    ui::qt::WindowSetup shape;
-    shape.id = Scenes::desk.id;
-    shape.title = Scenes::desk.title;
-    shape.minimumSize = QSize(Scenes::desk.minimumWidth, Scenes::desk.minimumHeight);
-    shape.defaultSize = QSize(Scenes::desk.defaultWidth, Scenes::desk.defaultHeight);
-    shape.defaults = UserDefaults::domain(AppInfo::bundleId, companion.environment());
-    desk_ = std::make_unique<ui::qt::WindowHost>(std::move(shape), [this] {
+    desk_ = std::make_unique<ui::qt::WindowHost>(setupFor(Scenes::desk, companion.environment()), [this] {
         return companion_.buildDesk(themes_, [this] { desk_->requestRender(); }, &wordsTimer_);
     });
     desk_->setTonePalette(ui::qt::InkStyle::tones(themes_));
@@ -142,13 +146,7 @@ void DeskWindow::closedWithoutTray() {
 
 void DeskWindow::openFeedback() {
     if (!feedbackWindow_) {
-        ui::qt::WindowSetup shape;
-        shape.id = Scenes::feedback.id;
-        shape.title = Scenes::feedback.title;
-        shape.minimumSize = QSize(Scenes::feedback.minimumWidth, Scenes::feedback.minimumHeight);
-        shape.defaultSize = QSize(Scenes::feedback.defaultWidth, Scenes::feedback.defaultHeight);
-        shape.defaults = UserDefaults::domain(AppInfo::bundleId, companion_.environment());
-        feedbackWindow_ = std::make_unique<ui::qt::WindowHost>(std::move(shape),
+        feedbackWindow_ = std::make_unique<ui::qt::WindowHost>(setupFor(Scenes::feedback, companion_.environment()),
                                                                [this] { return FeedbackWindow::build(companion_.feedback()); });
         feedbackWindow_->setTonePalette(ui::qt::InkStyle::tones(themes_));
         // Closing the window is Cancel: a send under way stops, the pictures' files go.
