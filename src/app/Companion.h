@@ -17,7 +17,7 @@
 #include "access/FilesAccessModel.h"
 #include "access/Folders.h"
 #include "feedback/FeedbackView.h"
-#include "platform/linux/images/QtImages.h"
+#include "platform/linux/LoadedImages.h"
 #include "platform/linux/LinuxDiagnostics.h"
 #include "platform/linux/LinuxTerminal.h"
 #include "platform/AppActivity.h"
@@ -142,7 +142,7 @@ private:
     std::unique_ptr<Remotes> remotes_;
     bool remotesRead_ = false;
     // The Folders and Files sections, read when a bridge first answers, and the feedback window.
-    QtImages images_;
+    LoadedImages images_{LoadedImages::besideProgram()};
     std::unique_ptr<Folders> folders_;
     std::unique_ptr<FilesAccessModel> files_;
     bool accessRead_ = false;

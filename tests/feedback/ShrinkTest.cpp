@@ -3,6 +3,7 @@
 #include "feedback/Feedback.h"
 #include "feedback/FeedbackShrink.h"
 #include "fakes/TempFolder.h"
+#include "platform/linux/LoadedImages.h"
 #include "platform/linux/images/QtImages.h"
 
 #include <QBuffer>
@@ -139,6 +140,22 @@ TEST(FeedbackShrinkTest, TheRedrawRunsOnAnotherThreadAndComesBackThroughTheEvent
     ASSERT_EQ(results->size(), 2u);
     EXPECT_TRUE((*results)[0]);
     EXPECT_FALSE((*results)[1]);
+}
+
+// The programs reach pictures through the module they load; one they can't load reads nothing,
+// and only a module named by its full path is ever opened.
+TEST(LoadedImagesTest, TheModuleReadsAsTheAdapterDoesAndAMissingOneReadsNothing) {
+    const std::string png = encode(photo(40, 30), "png");
+    LoadedImages module(ORVAN_IMAGES_MODULE);
+    EXPECT_EQ(module.size(png), (Images::Size{40, 30}));
+    EXPECT_EQ(QImage::fromData(QByteArray::fromStdString(module.redrawJpeg(png, 20, 0.8)), "JPEG").size(), QSize(20, 15));
+    test::TempFolder temp;
+    for (const std::filesystem::path& path : {temp.path() / "orvan-images.so", std::filesystem::path("orvan-images.so")}) {
+        SCOPED_TRACE(path.string());
+        LoadedImages missing(path);
+        EXPECT_EQ(missing.size(png), std::nullopt);
+        EXPECT_EQ(missing.redrawJpeg(png, 20, 0.8), "");
+    }
 }
 
 TEST(FeedbackShrinkTest, ModelIsReadTrimmedFromTheFirmwareFile) {

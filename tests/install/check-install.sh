@@ -28,7 +28,7 @@ cmake --install "$build" --prefix "$prefix" >/dev/null
 for f in bin/orvan-companion bin/orvan-companion-text libexec/orvan-companion/orvan; do
   [[ -x $prefix/$f ]] || fail "$f is not an executable in the installed folder"
 done
-for f in share/man/man1/orvan-companion.1 share/metainfo/$id.metainfo.xml Info.json; do
+for f in share/man/man1/orvan-companion.1 share/metainfo/$id.metainfo.xml Info.json libexec/orvan-companion/orvan-images.so; do
   [[ -s $prefix/$f ]] || fail "$f is missing"
 done
 grep -q "\"bundleId\": \"$id\"" "$prefix/Info.json" || fail "Info.json lacks the bundle id"
