@@ -17,18 +17,26 @@ const QString actionKey = QStringLiteral("default");
 constexpr int serverDefaultTimeout = -1;
 } // namespace
 
-FreedesktopNotifications::FreedesktopNotifications(QString appName, QDBusConnection bus)
-    : appName_(std::move(appName)), bus_(std::move(bus)) {
-    if (!bus_.isConnected()) return;
-    bus_.connect(service, path, interface, QStringLiteral("ActionInvoked"), this, SLOT(actionInvoked(uint, QString)));
-    bus_.connect(service, path, interface, QStringLiteral("NotificationClosed"), this,
-                 SLOT(notificationClosed(uint, uint)));
+FreedesktopNotifications::FreedesktopNotifications(QString appName, std::function<QDBusConnection()> openBus)
+    : appName_(std::move(appName)), openBus_(std::move(openBus)) {}
+
+bool FreedesktopNotifications::connected() {
+    if (!bus_) {
+        bus_ = openBus_();
+        if (bus_->isConnected()) {
+            bus_->connect(service, path, interface, QStringLiteral("ActionInvoked"), this,
+                          SLOT(actionInvoked(uint, QString)));
+            bus_->connect(service, path, interface, QStringLiteral("NotificationClosed"), this,
+                          SLOT(notificationClosed(uint, uint)));
+        }
+    }
+    return bus_->isConnected();
 }
 
 FreedesktopNotifications::~FreedesktopNotifications() { *alive_ = false; }
 
 void FreedesktopNotifications::post(const std::string& tag, const Notice& notice, std::function<void()> chosen) {
-    if (!bus_.isConnected()) return;
+    if (!connected()) return;
     uint replaces = 0;
     if (auto it = posted_.find(tag); it != posted_.end()) replaces = it->second.id;
     posted_[tag] = Posted{replaces, std::move(chosen), false};
@@ -39,7 +47,7 @@ void FreedesktopNotifications::post(const std::string& tag, const Notice& notice
     hints.insert(QStringLiteral("category"), QStringLiteral("device"));
     call << appName_ << replaces << QString() << QString::fromStdString(notice.title)
          << QString::fromStdString(notice.body) << actions << hints << serverDefaultTimeout;
-    auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+    auto* watcher = new QDBusPendingCallWatcher(bus_->asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, tag, alive = alive_](QDBusPendingCallWatcher* w) {
         w->deleteLater();
         if (!*alive) return;
@@ -74,7 +82,8 @@ void FreedesktopNotifications::withdraw(const std::string& tag) {
 void FreedesktopNotifications::close(uint id) {
     QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("CloseNotification"));
     call << id;
-    bus_.asyncCall(call);
+    // Only what was posted is closed, so the bus is open by now.
+    if (bus_) bus_->asyncCall(call);
 }
 
 void FreedesktopNotifications::actionInvoked(uint id, const QString& action) {

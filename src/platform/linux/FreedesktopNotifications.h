@@ -9,6 +9,7 @@
 #include <QObject>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace orvan {
@@ -16,8 +17,10 @@ namespace orvan {
 class FreedesktopNotifications final : public QObject, public Notifications {
     Q_OBJECT
 public:
-    // The program's name as the notification server shows it.
-    explicit FreedesktopNotifications(QString appName, QDBusConnection bus = QDBusConnection::sessionBus());
+    // The program's name as the notification server shows it. The bus is opened on the first post:
+    // most runs post nothing, and an open connection keeps a thread and its buffers for good.
+    explicit FreedesktopNotifications(QString appName,
+                                      std::function<QDBusConnection()> openBus = [] { return QDBusConnection::sessionBus(); });
     ~FreedesktopNotifications() override;
 
     void post(const std::string& tag, const Notice& notice, std::function<void()> chosen) override;
@@ -33,10 +36,12 @@ private:
         std::function<void()> chosen;
         bool withdrawn = false;
     };
+    bool connected();
     void close(uint id);
 
     QString appName_;
-    QDBusConnection bus_;
+    std::function<QDBusConnection()> openBus_;
+    std::optional<QDBusConnection> bus_;
     std::map<std::string, Posted> posted_;
     // Guards the asynchronous answers against a destroyed adapter.
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
