@@ -4,11 +4,8 @@
 #include "app/SignalQuit.h"
 #include "app/SingleInstance.h"
 
-#include <QTimer>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <malloc.h>
 
 namespace orvan::app {
 
@@ -85,9 +82,6 @@ int run(QCoreApplication& app, int argc, char** argv,
 
     front->launched(hasFlag(argc, argv, "--launched-at-login"));
     companion.startDesk();
-    // The start's first reads, decodes and frames leave freed memory behind that the allocator
-    // keeps; once they are over, it goes back to the system, since the program then idles for hours.
-    QTimer::singleShot(std::chrono::seconds(20), &app, [] { ::malloc_trim(0); });
     return app.exec();
 }
 
