@@ -24,9 +24,9 @@ const Images* LoadedImages::loaded() const {
             return;
         }
         using Make = Images* (*)();
-        if (auto make = reinterpret_cast<Make>(::dlsym(handle, "orvan_images_make"))) images_ = make();
+        if (auto make = reinterpret_cast<Make>(::dlsym(handle, "orvan_images_make"))) images_.reset(make());
     });
-    return images_;
+    return images_.get();
 }
 
 std::optional<Images::Size> LoadedImages::size(std::string_view bytes) const {

@@ -6,6 +6,7 @@
 #include "platform/Images.h"
 
 #include <filesystem>
+#include <memory>
 #include <mutex>
 
 namespace orvan {
@@ -25,8 +26,8 @@ private:
 
     std::filesystem::path module_;
     mutable std::once_flag once_;
-    // Made by the module, which stays loaded for the rest of the run; never freed for that reason.
-    mutable const Images* images_ = nullptr;
+    // Made by the module, which is never unloaded, so its code is still there when this goes.
+    mutable std::unique_ptr<const Images> images_;
 };
 
 } // namespace orvan
