@@ -1,5 +1,8 @@
+#include "accounts/Accounts.h"
+#include "bridge/DeskView.h"
 #include "fakes/FakeBridge.h"
 #include "fakes/FakeClock.h"
+#include "fakes/FakeProcesses.h"
 #include "sandboxes/SandboxSection.h"
 #include "ui/TextCommands.h"
 #include "ui/TextRenderer.h"
@@ -57,6 +60,13 @@ protected:
         return out;
     }
     static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != std::string::npos; }
+    static void expectShown(const std::string& text, std::initializer_list<const char*> shown,
+                            std::initializer_list<const char*> hidden = {}) {
+        for (const char* piece : shown)
+            EXPECT_TRUE(has(text, piece)) << piece << " in\n" << text;
+        for (const char* piece : hidden)
+            EXPECT_FALSE(has(text, piece)) << piece << " in\n" << text;
+    }
 
     test::FakeClock clock_;
     test::FakeBridge api_{clock_};
@@ -68,23 +78,19 @@ protected:
 };
 
 TEST_F(SectionTest, BeforeTheFirstReadItAsksAndOffersSetUp) {
-    auto text = render();
-    EXPECT_TRUE(has(text, "Checking the agents on this Mac…")) << text;
-    EXPECT_TRUE(has(text, "Sandboxes need Apple's container tool or Docker Desktop on this Mac.")) << text;
-    EXPECT_TRUE(has(text, "Set up sandboxes…")) << text;
-    EXPECT_FALSE(has(text, "Session ")) << text;
+    expectShown(render(),
+                {"Checking the agents on this Mac…",
+                 "Sandboxes need Apple's container tool or Docker Desktop on this Mac.", "Set up sandboxes…"},
+                {"Session "});
 }
 
 TEST_F(SectionTest, RowsOfferStopAndDiscardAndDiscardAsksFirst) {
     spawn(model_.refresh());
-    auto text = render();
-    EXPECT_TRUE(has(text, "Downloading the sandbox desktop… 42%")) << text;
-    EXPECT_TRUE(has(text, "Session aaaa1111")) << text;
-    EXPECT_FALSE(has(text, "aaaa1111z")) << text;
-    EXPECT_TRUE(has(text, "Running · saved · watched by Ana")) << text;
-    EXPECT_TRUE(has(text, "No space left on device")) << text;
-    EXPECT_FALSE(has(text, "trace")) << text;
-    EXPECT_TRUE(has(text, "Claude Code and Codex get a sandbox")) << text;
+    expectShown(render(),
+                {"Downloading the sandbox desktop… 42%", "Session aaaa1111",
+                 "Running · saved · watched by Ana", "No space left on device",
+                 "Claude Code and Codex get a sandbox"},
+                {"aaaa1111z", "trace"});
     // Two running rows to stop, two saved rows to discard; the failed row offers neither.
     ASSERT_TRUE(pressFirst("Stop").accepted);
     settle();
@@ -105,13 +111,10 @@ TEST_F(SectionTest, RowsOfferStopAndDiscardAndDiscardAsksFirst) {
 TEST_F(SectionTest, TheSheetShowsBothCardsByTheirState) {
     spawn(model_.refresh());
     ASSERT_TRUE(command("press Change how sandboxes run…").accepted);
-    auto text = render();
-    EXPECT_TRUE(has(text, "How sandboxes run on this Mac")) << text;
-    EXPECT_TRUE(has(text, "Not for this Mac.")) << text;
-    EXPECT_TRUE(has(text, "Needs Apple silicon.")) << text;
-    EXPECT_TRUE(has(text, "Recommended")) << text;
-    EXPECT_TRUE(has(text, "Sandboxes run here")) << text;
-    EXPECT_FALSE(has(text, "[Install]")) << text;
+    expectShown(render(),
+                {"How sandboxes run on this Mac", "Not for this Mac.", "Needs Apple silicon.", "Recommended",
+                 "Sandboxes run here"},
+                {"[Install]"});
     ASSERT_TRUE(command("press Done").accepted);
     EXPECT_FALSE(state_.settingUp);
 }
@@ -131,9 +134,7 @@ TEST_F(SectionTest, AnInstallFollowsItsStepsAndAFailureOffersTheSheetAgain) {
             Reply::json(200, R"({"install":{"runtime":"docker","step":"downloading","progress":0.31},"choices":[
         {"id":"docker","supported":true,"installed":false,"running":false,"recommended":true,"chosen":false}]})"));
     spawn(model_.refresh());
-    auto text = render();
-    EXPECT_TRUE(has(text, "Setting up…")) << text;
-    EXPECT_TRUE(has(text, "Downloading Docker Desktop… 31%")) << text;
+    expectShown(render(), {"Setting up…", "Downloading Docker Desktop… 31%"});
     // While it installs, the card's button waits.
     EXPECT_FALSE(command("press Install").accepted);
     state_.settingUp = false;
@@ -144,16 +145,6 @@ TEST_F(SectionTest, AnInstallFollowsItsStepsAndAFailureOffersTheSheetAgain) {
     ASSERT_TRUE(command("press Try again…").accepted);
     EXPECT_TRUE(state_.settingUp);
 }
-
-} // namespace
-} // namespace orvan
-
-#include "accounts/Accounts.h"
-#include "bridge/DeskView.h"
-#include "fakes/FakeProcesses.h"
-
-namespace orvan {
-namespace {
 
 // After Phones and before Accounts, and only where the host hands it a model.
 TEST(DeskWithSandboxes, TheSectionStandsInItsPlaceInTheWindow) {

@@ -9,19 +9,17 @@
 namespace orvan::simtest {
 namespace {
 
+using SimAccounts = SimTest;
+
 std::vector<json> ids(const json& list) {
     std::vector<json> out;
     for (const auto& row : list["accounts"]) out.push_back(row.contains("id") ? row["id"] : json());
     return out;
 }
 
-TEST(SimAccounts, ListsRowsWithTheFailuresACompanionMustStepOver) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
-    auto answer = sim.get("/companion/accounts");
-    ASSERT_TRUE(answer);
-    ASSERT_EQ(answer->status, 200);
-    json list = body(answer);
+TEST_F(SimAccounts, ListsRowsWithTheFailuresACompanionMustStepOver) {
+    json list = sim.read("/companion/accounts");
+    ASSERT_TRUE(list.is_object());
     EXPECT_EQ(ids(list), (std::vector<json>{"acc-work", "acc-ci", "acc-grok", "acc-aws", json(), 17}));
     EXPECT_TRUE(list["chain"].is_array());
     EXPECT_TRUE(list["found"][0]["default"].get<bool>());
@@ -32,9 +30,7 @@ TEST(SimAccounts, ListsRowsWithTheFailuresACompanionMustStepOver) {
     EXPECT_TRUE(list["accounts"][2].contains("until"));
 }
 
-TEST(SimAccounts, RenamesByCharactersAndRefusesAnAccountInUseUntilAsked) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimAccounts, RenamesByCharactersAndRefusesAnAccountInUseUntilAsked) {
     std::string tone = "\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD"; // thumbs up, skin tone: one character
     std::string forty;
     for (int i = 0; i < 40; ++i) forty += tone;
@@ -65,13 +61,9 @@ TEST(SimAccounts, RenamesByCharactersAndRefusesAnAccountInUseUntilAsked) {
     EXPECT_EQ(sim.post("/companion/accounts/acc-grok/portable/x")->status, 404);
 }
 
-TEST(SimAccounts, UsageCarriesMetersTalliesAndDays) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
-    auto answer = sim.get("/companion/accounts/usage");
-    ASSERT_TRUE(answer);
-    ASSERT_EQ(answer->status, 200);
-    json usage = body(answer);
+TEST_F(SimAccounts, UsageCarriesMetersTalliesAndDays) {
+    json usage = sim.read("/companion/accounts/usage");
+    ASSERT_TRUE(usage.is_object());
     const json& work = usage["accounts"][0];
     EXPECT_EQ(work["id"], "acc-work");
     EXPECT_EQ(work["meters"].size(), 3u);
@@ -89,16 +81,8 @@ TEST(SimAccounts, UsageCarriesMetersTalliesAndDays) {
     EXPECT_EQ(counts["vendorReads"], 1) << "a fresh read within half a minute of the last one reads no vendor";
 }
 
-} // namespace
-} // namespace orvan::simtest
-
-namespace orvan::simtest {
-namespace {
-
 // Each way an account is added, and what the rows look like afterwards.
-TEST(SimAccounts, AddsByEachWayAndRefusesWhatABridgeWouldRefuse) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimAccounts, AddsByEachWayAndRefusesWhatABridgeWouldRefuse) {
     struct Case { json body; int status; const char* statusAfter; };
     const std::vector<Case> cases = {
         {{{"provider", "claude"}, {"label", "Key"}, {"kind", "apikey"}, {"home", ""}}, 201, "missing_key"},
@@ -126,9 +110,7 @@ TEST(SimAccounts, AddsByEachWayAndRefusesWhatABridgeWouldRefuse) {
     EXPECT_EQ(body(sim.get("/companion/accounts"))["accounts"][4]["status"], "ready");
 }
 
-TEST(SimAccounts, ChainLimitsSignInTokensAndBedrockModels) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimAccounts, ChainLimitsSignInTokensAndBedrockModels) {
     auto saved = sim.post("/companion/accounts/chain", {{"chain", {"acc-ci", "acc-work", 7}}, {"autoSwitch", false}});
     ASSERT_EQ(saved->status, 200);
     EXPECT_EQ(body(saved)["chain"], json({"acc-ci", "acc-work"}));
@@ -142,15 +124,16 @@ TEST(SimAccounts, ChainLimitsSignInTokensAndBedrockModels) {
 
     auto login = body(sim.post("/companion/accounts/acc-work/login", json::object()));
     ASSERT_TRUE(login["argv"].is_array());
-    EXPECT_EQ(login["env"]["ORVAN_ACCOUNT_HOME"].get<std::string>().find("/accounts/claude-work"), login["env"]["ORVAN_ACCOUNT_HOME"].get<std::string>().size() - 21);
+    const std::string home = login["env"]["ORVAN_ACCOUNT_HOME"];
+    EXPECT_EQ(home.find("/accounts/claude-work"), home.size() - 21);
     EXPECT_EQ(sim.post("/companion/accounts/acc-ci/login", json::object())->status, 400);
 
     ASSERT_EQ(sim.post("/companion/accounts", {{"provider", "claude"}, {"label", "T"}, {"kind", "login"}, {"home", ""}})->status, 201);
     EXPECT_EQ(body(sim.get("/companion/accounts/acc-new-1/portable"))["state"], "failed") << "nothing asked yet";
     EXPECT_EQ(body(sim.post("/companion/accounts/acc-new-1/portable", json::object()))["state"], "waiting");
-    EXPECT_EQ(body(sim.get("/companion/accounts/acc-new-1/portable"))["state"], "waiting");
-    EXPECT_EQ(body(sim.get("/companion/accounts/acc-new-1/portable"))["state"], "waiting");
-    EXPECT_EQ(body(sim.get("/companion/accounts/acc-new-1/portable"))["state"], "ready");
+    // Two more reads still wait; the third finds it ready.
+    for (const char* state : {"waiting", "waiting", "ready"})
+        EXPECT_EQ(body(sim.get("/companion/accounts/acc-new-1/portable"))["state"], state);
     EXPECT_EQ(body(sim.get("/companion/accounts"))["accounts"][4]["portable"], true);
 
     auto models = body(sim.post("/companion/bedrock/models", {{"account", "acc-aws"}, {"region", "us-east-1"}}));

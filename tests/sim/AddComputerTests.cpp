@@ -9,14 +9,14 @@
 namespace orvan::simtest {
 namespace {
 
+using SimAddComputer = SimTest;
+
 json add(const SimProcess& sim, const std::string& address) {
     const std::string print = body(sim.post("/companion/hosts/test", {{"address", address}}))["fingerprint"];
     return body(sim.post("/companion/hosts/add", {{"address", address}, {"fingerprint", print}, {"user", "ann"}}));
 }
 
-TEST(SimAddComputer, AgentsAskSudoForTheirToolsAndAccountsAskBeforeReplacing) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimAddComputer, AgentsAskSudoForTheirToolsAndAccountsAskBeforeReplacing) {
     ASSERT_EQ(add(sim, "kiln")["host"]["target"], "kiln");
     EXPECT_EQ(body(sim.post("/companion/hosts/agents/look", {{"target", "kiln"}})),
               (json{{"os", "linux"}, {"agents", {"claude"}}, {"node", false}}));
@@ -47,9 +47,7 @@ TEST(SimAddComputer, AgentsAskSudoForTheirToolsAndAccountsAskBeforeReplacing) {
     EXPECT_EQ(body(replaced)["results"][0]["copied"], true);
 }
 
-TEST(SimAddComputer, EachStepCanFail) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimAddComputer, EachStepCanFail) {
     auto failedAdd = add(sim, "failadd.example");
     EXPECT_EQ(failedAdd["steps"].size(), 2u);
     EXPECT_FALSE(failedAdd.contains("host"));

@@ -10,8 +10,6 @@
 namespace orvan::simtest {
 namespace {
 
-using namespace std::chrono_literals;
-
 TEST(SimComputers, TrustAddRemoveAndTheRefusals) {
     SimProcess sim;
     ASSERT_TRUE(sim.ready());

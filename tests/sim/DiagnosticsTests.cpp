@@ -8,14 +8,14 @@
 namespace orvan::simtest {
 namespace {
 
+using SimDiagnostics = SimTest;
+
 json report(const std::string& signature) {
     return {{"v", 1}, {"source", "companion"}, {"kind", "crash"}, {"signature", signature}, {"version", "1.0"},
             {"frames", json::array()}, {"count", 1}, {"at", 1700000000000}};
 }
 
-TEST(SimDiagnostics, TakesReportsKeepsThemAndRefusesWhatIsNotOne) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimDiagnostics, TakesReportsKeepsThemAndRefusesWhatIsNotOne) {
     EXPECT_EQ(sim.post("/companion/diagnostics/report", report(std::string(64, 'a')))->status, 204);
     json notOne = report(std::string(64, 'b'));
     notOne["count"] = "1";
@@ -28,9 +28,7 @@ TEST(SimDiagnostics, TakesReportsKeepsThemAndRefusesWhatIsNotOne) {
     EXPECT_EQ(kept[0]["signature"], std::string(64, 'a'));
 }
 
-TEST(SimDiagnostics, AnswersEachFailureWhenToldAndTheConsentCopyFollowsPosts) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimDiagnostics, AnswersEachFailureWhenToldAndTheConsentCopyFollowsPosts) {
     for (int status : {400, 413, 401, 503, 500}) {
         ASSERT_EQ(sim.post("/_sim/fail", {{"path", "/companion/diagnostics/report"}, {"status", status}})->status, 204);
         EXPECT_EQ(sim.post("/companion/diagnostics/report", report(std::string(64, 'd')))->status, status);

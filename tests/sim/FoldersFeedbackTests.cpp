@@ -8,6 +8,9 @@
 namespace orvan::simtest {
 namespace {
 
+using SimFolders = SimTest;
+using SimFeedback = SimTest;
+
 json pictures(const char* data) { return json::array({json{{"type", "image/jpeg"}, {"data", data}}}); }
 
 json report(json images = json::array()) {
@@ -15,9 +18,7 @@ json report(json images = json::array()) {
             {"images", std::move(images)}};
 }
 
-TEST(SimFolders, AddsRemovesAndRefusesWhatIsNoFolder) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimFolders, AddsRemovesAndRefusesWhatIsNoFolder) {
     const json before = body(sim.get("/companion/acp/projects"))["projects"];
     ASSERT_FALSE(before.empty());
     EXPECT_EQ(sim.post("/companion/acp/projects", {{"path", "/srv/work/site/"}})->status, 204);
@@ -37,9 +38,7 @@ TEST(SimFolders, AddsRemovesAndRefusesWhatIsNoFolder) {
     for (const auto& row : folders) EXPECT_TRUE(row["state"] == "allowed" || row["state"] == "missing") << row;
 }
 
-TEST(SimFeedback, FilesReportsAndAnswersEachRelayMood) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimFeedback, FilesReportsAndAnswersEachRelayMood) {
     auto filed = sim.post("/companion/feedback", report(pictures("/9j/4AAQ")));
     ASSERT_EQ(filed->status, 200);
     EXPECT_EQ(body(filed)["ok"], true);

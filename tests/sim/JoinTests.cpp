@@ -9,9 +9,10 @@
 namespace orvan::simtest {
 namespace {
 
-TEST(SimJoins, AnAnswerMustCarryTheRequestAsItStandsNow) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+using SimJoins = SimTest;
+using SimOwnerSetup = SimTest;
+
+TEST_F(SimJoins, AnAnswerMustCarryTheRequestAsItStandsNow) {
     const std::string invite = body(sim.post("/local/invite", json{{"name", "Ann"}, {"role", "member"}, {"kind", "link"}}))["id"];
     json asked = body(sim.post("/_sim/follow", json{{"id", invite}, {"name", "Ann's phone"}}));
     ASSERT_TRUE(asked.contains("code")) << asked.dump();
@@ -44,9 +45,7 @@ TEST(SimJoins, AnAnswerMustCarryTheRequestAsItStandsNow) {
     EXPECT_EQ(body(sim.get("/companion/status"))["phones"].size(), phones.size()) << "a denial lets nobody in";
 }
 
-TEST(SimOwnerSetup, ACodeLivesUntilTakenOrCancelledAndEachRefusalHasItsWord) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimOwnerSetup, ACodeLivesUntilTakenOrCancelledAndEachRefusalHasItsWord) {
     // The seeded Mac has an owner: no setup.
     EXPECT_EQ(body(sim.get("/local/owner-setup"))["available"], false);
     EXPECT_EQ(body(sim.post("/local/owner-setup"))["error"], "owner_exists");

@@ -9,11 +9,11 @@
 namespace orvan::simtest {
 namespace {
 
+using SimInvites = SimTest;
+
 json guestDraft(json guest) { return json{{"name", "Bo"}, {"role", "guest"}, {"kind", "link"}, {"guest", guest}}; }
 
-TEST(SimInvites, DraftsAreCheckedAndMadeInvitesListUntilCancelled) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimInvites, DraftsAreCheckedAndMadeInvitesListUntilCancelled) {
     json good{{"projects", {"orvan-site"}}, {"sessions", json::array()}, {"mode", "watch"}, {"ends", "2099-01-01T00:00:00Z"}};
     auto with = [&](const char* key, json value) {
         json g = good;
@@ -48,9 +48,7 @@ TEST(SimInvites, DraftsAreCheckedAndMadeInvitesListUntilCancelled) {
     EXPECT_EQ(scope["sessions"][1]["name"], "");
 }
 
-TEST(SimInvites, AQrCodeIsAPictureItsPhoneJoinsAndALinkLeavesAJoinRequest) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimInvites, AQrCodeIsAPictureItsPhoneJoinsAndALinkLeavesAJoinRequest) {
     ASSERT_EQ(sim.post("/_sim/invites", {{"joinAfter", 1}})->status, 204);
     json made = body(sim.post("/local/invite", {{"name", "Sam"}, {"role", "member"}, {"kind", "qr"}}));
     auto png = sim.get("/local/invite.png?id=" + made["id"].get<std::string>());
@@ -75,9 +73,7 @@ TEST(SimInvites, AQrCodeIsAPictureItsPhoneJoinsAndALinkLeavesAJoinRequest) {
     EXPECT_EQ(sim.post("/_sim/follow", {{"id", link["id"]}})->status, 404) << "a link works once";
 }
 
-TEST(SimInvites, AnOlderBridgeAnswersNothingAboutTheInviteButDrawsAMembersCode) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimInvites, AnOlderBridgeAnswersNothingAboutTheInviteButDrawsAMembersCode) {
     ASSERT_EQ(sim.post("/_sim/invites", {{"older", true}})->status, 204);
     auto made = sim.post("/local/invite", {{"role", "member"}, {"kind", "qr"}});
     EXPECT_EQ(made->status, 204);

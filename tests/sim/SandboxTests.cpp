@@ -10,8 +10,6 @@
 namespace orvan::simtest {
 namespace {
 
-using namespace std::chrono_literals;
-
 std::vector<std::string> sessions(const json& state) {
     std::vector<std::string> out;
     for (const auto& row : state["sandboxes"]) out.push_back(row["session"]);

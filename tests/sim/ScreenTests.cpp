@@ -8,9 +8,9 @@
 namespace orvan::simtest {
 namespace {
 
-TEST(SimScreen, TheHelpersGrantsControllerAndPhoneFirstComeFromCommands) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+using SimScreen = SimTest;
+
+TEST_F(SimScreen, TheHelpersGrantsControllerAndPhoneFirstComeFromCommands) {
     json screen = sim.status()["screen"];
     EXPECT_EQ(screen["permissions"], json({{"screen", true}, {"input", true}}));
     EXPECT_EQ(screen["phoneFirst"], false);

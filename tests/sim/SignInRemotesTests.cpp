@@ -9,7 +9,8 @@
 namespace orvan::simtest {
 namespace {
 
-using namespace std::chrono_literals;
+using SimSignIn = SimTest;
+using SimRemotes = SimTest;
 
 json call(SimProcess& sim, const std::string& verb, const std::string& tool, json extra = json::object()) {
     extra["target"] = "build";
@@ -17,9 +18,7 @@ json call(SimProcess& sim, const std::string& verb, const std::string& tool, jso
     return body(sim.post("/companion/hosts/signin" + verb, extra));
 }
 
-TEST(SimSignIn, PastedCodesFailuresCancelsAndRefusals) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimSignIn, PastedCodesFailuresCancelsAndRefusals) {
     json listed = body(sim.post("/companion/hosts/signin/tools", {{"target", "build"}}));
     ASSERT_EQ(listed["tools"].size(), 5u);
     EXPECT_TRUE(listed["signIns"].empty());
@@ -47,9 +46,7 @@ TEST(SimSignIn, PastedCodesFailuresCancelsAndRefusals) {
     EXPECT_EQ(sim.post("/companion/hosts/signin/other", json::object())->status, 404);
 }
 
-TEST(SimRemotes, CertificatesPasswordsAndRemoval) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimRemotes, CertificatesPasswordsAndRemoval) {
     const json rdp{{"name", ""}, {"protocol", "rdp"}, {"host", "office.local"}, {"port", 3389}, {"user", "rosa"},
                    {"password", "orchid-88"}};
     json first = body(sim.post("/companion/remotes/test", rdp));

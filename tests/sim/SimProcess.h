@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <httplib.h>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -103,10 +104,12 @@ public:
     httplib::Result post(const std::string& path, const json& body = json::object()) const {
         return client().Post(path, keyed(), body.dump(), "application/json");
     }
-    json status() const {
-        auto answer = get("/companion/status");
+    // A read's body, null unless it was answered 200.
+    json read(const std::string& path) const {
+        auto answer = get(path);
         return answer && answer->status == 200 ? json::parse(answer->body, nullptr, false) : json(nullptr);
     }
+    json status() const { return read("/companion/status"); }
 
     void signal(int number) const {
         if (pid_ > 0 && !exit_) ::kill(pid_, number);
@@ -163,6 +166,13 @@ private:
     pid_t pid_ = -1;
     int port_ = -1;
     std::optional<int> exit_;
+};
+
+// Most suites want nothing but the simulator as it starts by default, up before the test begins.
+class SimTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(sim.ready()) << sim.errors(); }
+    SimProcess sim;
 };
 
 } // namespace orvan::simtest

@@ -9,9 +9,9 @@
 namespace orvan::simtest {
 namespace {
 
-TEST(SimTunnel, ADomainStartsThenComesUpAndItsTokenNeverComesBack) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+using SimTunnel = SimTest;
+
+TEST_F(SimTunnel, ADomainStartsThenComesUpAndItsTokenNeverComesBack) {
     json first = body(sim.get("/local/tunnel"));
     EXPECT_EQ(first["status"], "");
     EXPECT_EQ(first["token"], false);
@@ -38,9 +38,7 @@ TEST(SimTunnel, ADomainStartsThenComesUpAndItsTokenNeverComesBack) {
     EXPECT_EQ(removed["token"], false);
 }
 
-TEST(SimTunnel, AQuickTunnelGetsAnAddressAndAnOlderBridgeKnowsNone) {
-    SimProcess sim;
-    ASSERT_TRUE(sim.ready());
+TEST_F(SimTunnel, AQuickTunnelGetsAnAddressAndAnOlderBridgeKnowsNone) {
     EXPECT_EQ(sim.post("/local/tunnel", {{"quick", "yes"}})->status, 400);
     EXPECT_EQ(sim.post("/local/tunnel", {{"quick", true}})->status, 204);
     EXPECT_EQ(body(sim.get("/local/tunnel"))["quickStatus"], "starting");

@@ -23,6 +23,9 @@ TEST(UpdateSignatureTest, ValidatorMatrix) {
         Spoil spoil;
         std::optional<std::string> expected;
         bool development = false;
+        const test::ReleaseKey* named = nullptr; // the key the listing names, ours when none
+        const test::ReleaseKey* signer = nullptr;
+        std::optional<std::string> listedTeam = std::nullopt;
     } cases[] = {
         {"valid", [](auto&) {}, std::nullopt},
         {"a development copy has no team", [](auto&) {}, UpdateCheck::unsignedCopy, true},
@@ -41,33 +44,18 @@ TEST(UpdateSignatureTest, ValidatorMatrix) {
          UpdateCheck::broken},
         {"no listing", [](const std::filesystem::path& b) { std::filesystem::remove(b / "Signature.json"); }, UpdateCheck::broken},
         {"listing not JSON", [](const std::filesystem::path& b) { Files::write(b / "Signature.json", "{"); }, UpdateCheck::broken},
+        {"signed by another key", [](auto&) {}, UpdateCheck::otherSigner, false, &theirs},
+        {"naming our team, signed by another key", [](auto&) {}, UpdateCheck::otherSigner, false, &theirs,
+         nullptr, team},
+        {"naming our key, signed by another", [](auto&) {}, UpdateCheck::broken, false, &ours, &theirs},
     };
     for (const auto& c : cases) {
         test::TempFolder temp;
         auto bundle = temp.path() / "orvan-companion";
         test::writeBundle(bundle, "1.3", "#!/bin/sh\n");
-        test::signBundle(bundle, ours);
+        test::signBundle(bundle, c.named ? *c.named : ours, c.signer, c.listedTeam);
         c.spoil(bundle);
         EXPECT_EQ(pinned.verify(bundle, c.development ? UpdateSignature().runningTeam() : team), c.expected) << c.what;
-    }
-
-    struct Signer {
-        const char* what;
-        const test::ReleaseKey* named;
-        const test::ReleaseKey* signer;
-        std::optional<std::string> listedTeam;
-        const char* expected;
-    } signers[] = {
-        {"signed by another key", &theirs, nullptr, std::nullopt, UpdateCheck::otherSigner},
-        {"naming our team, signed by another key", &theirs, nullptr, team, UpdateCheck::otherSigner},
-        {"naming our key, signed by another", &ours, &theirs, std::nullopt, UpdateCheck::broken},
-    };
-    for (const auto& s : signers) {
-        test::TempFolder temp;
-        auto bundle = temp.path() / "orvan-companion";
-        test::writeBundle(bundle, "1.3", "#!/bin/sh\n");
-        test::signBundle(bundle, *s.named, s.signer, s.listedTeam);
-        EXPECT_EQ(pinned.verify(bundle, team), s.expected) << s.what;
     }
 }
 
