@@ -3,7 +3,6 @@
 #include "AccountsState.h"
 #include "Routes.h"
 
-#include <cctype>
 #include <cstdlib>
 #include <functional>
 #include <memory>
@@ -34,20 +33,6 @@ AccountsState& state(TimePoint now) {
         kept = std::make_unique<AccountsState>(AccountsState::seeded(now, folder));
     }
     return *kept;
-}
-
-std::string percentDecoded(const std::string& text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%' && i + 2 < text.size() && std::isxdigit(static_cast<unsigned char>(text[i + 1])) &&
-            std::isxdigit(static_cast<unsigned char>(text[i + 2]))) {
-            out.push_back(static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16)));
-            i += 2;
-        } else {
-            out.push_back(text[i]);
-        }
-    }
-    return out;
 }
 
 Reply write(const std::string& body, const std::function<Reply(const json&)>& act) {
@@ -101,7 +86,7 @@ Reply answer(Sim& sim, const std::string& method, const std::string& full, const
     auto slash = rest.find('/');
     if (slash == std::string::npos || rest.find('/', slash + 1) != std::string::npos)
         return Reply::message(404, "Nothing is served at " + path + ".");
-    std::string id = percentDecoded(rest.substr(0, slash));
+    std::string id = Routes::unescaped(rest.substr(0, slash));
     std::string verb = rest.substr(slash + 1);
     if (verb != "label" && verb != "remove" && verb != "key" && verb != "login" && verb != "portable" &&
         verb != "bedrock")
