@@ -7,7 +7,7 @@
 #include "fakes/TempFolder.h"
 #include "platform/Clipboard.h"
 #include "platform/Mail.h"
-#include "platform/linux/images/QtImages.h"
+#include "platform/linux/LoadedImages.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -96,7 +96,7 @@ protected:
     std::shared_ptr<UserDefaults> defaults_;
     test::FakeClock clock_;
     test::FakeBridge bridge_{clock_};
-    QtImages images_;
+    LoadedImages images_{ORVAN_IMAGES_MODULE};
     RecordingMail mail_;
     RecordingClipboard clipboard_;
     std::unique_ptr<FeedbackView> view_;

@@ -4,7 +4,6 @@
 #include "feedback/FeedbackShrink.h"
 #include "fakes/TempFolder.h"
 #include "platform/linux/LoadedImages.h"
-#include "platform/linux/images/QtImages.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -87,7 +86,7 @@ std::vector<int> headerMarkers(const std::string& jpeg) {
 }
 
 TEST(FeedbackShrinkTest, ACameraPhotoComesOutSmallAndWithoutItsMetadata) {
-    QtImages images;
+    LoadedImages images(ORVAN_IMAGES_MODULE);
     const std::string original = withExif(encode(photo(4000, 3000), "jpeg", 95));
     ASSERT_NE(original.find("WHERE-I-LIV"), std::string::npos);
     ASSERT_EQ(images.size(original), (Images::Size{4000, 3000}));
@@ -108,7 +107,7 @@ TEST(FeedbackShrinkTest, ACameraPhotoComesOutSmallAndWithoutItsMetadata) {
 }
 
 TEST(FeedbackShrinkTest, SmallPicturesKeepTheirSizeAndWhatIsNoPictureIsRefused) {
-    QtImages images;
+    LoadedImages images(ORVAN_IMAGES_MODULE);
     QImage dot(1, 1, QImage::Format_ARGB32);
     dot.fill(Qt::transparent);
     const auto kept = FeedbackShrink::jpeg(images, encode(dot, "png"));
@@ -125,7 +124,7 @@ TEST(FeedbackShrinkTest, SmallPicturesKeepTheirSizeAndWhatIsNoPictureIsRefused) 
 TEST(FeedbackShrinkTest, TheRedrawRunsOnAnotherThreadAndComesBackThroughTheEventLoop) {
     int argc = 0;
     QCoreApplication app(argc, nullptr);
-    QtImages images;
+    LoadedImages images(ORVAN_IMAGES_MODULE);
     std::optional<std::vector<std::optional<std::string>>> results;
     QEventLoop loop;
     std::vector<std::string> pictures{encode(photo(40, 30), "png"), "junk"};
@@ -144,7 +143,7 @@ TEST(FeedbackShrinkTest, TheRedrawRunsOnAnotherThreadAndComesBackThroughTheEvent
 
 // The programs reach pictures through the module they load; one they can't load reads nothing,
 // and only a module named by its full path is ever opened.
-TEST(LoadedImagesTest, TheModuleReadsAsTheAdapterDoesAndAMissingOneReadsNothing) {
+TEST(LoadedImagesTest, TheModuleReadsAndRedrawsAndAMissingOneReadsNothing) {
     const std::string png = encode(photo(40, 30), "png");
     LoadedImages module(ORVAN_IMAGES_MODULE);
     EXPECT_EQ(module.size(png), (Images::Size{40, 30}));
